@@ -1,0 +1,82 @@
+// Copyright (c) 2026 Vantrell. All rights reserved.
+// SPDX-License-Identifier: LicenseRef-Vantrell
+
+#include "foundation/Dictionary.h"
+
+#include <algorithm>
+
+#include "foundation/Value.h"
+
+namespace vantrell {
+
+namespace {
+auto lowerBound(auto& entries, std::string_view key) noexcept {
+  return std::ranges::lower_bound(entries, key, {},
+                                  [](const DictionaryEntry& entry) { return std::string_view(entry.key); });
+}
+}  // namespace
+
+Dictionary::Dictionary() = default;
+Dictionary::Dictionary(const Dictionary&) = default;
+Dictionary::Dictionary(Dictionary&&) noexcept = default;
+Dictionary& Dictionary::operator=(const Dictionary&) = default;
+Dictionary& Dictionary::operator=(Dictionary&&) noexcept = default;
+Dictionary::~Dictionary() = default;
+
+Dictionary::Dictionary(std::initializer_list<DictionaryEntry> entries) : Dictionary(fromEntries(entries)) {}
+
+Dictionary Dictionary::fromEntries(std::vector<DictionaryEntry> entries) {
+  std::ranges::stable_sort(entries, {}, &DictionaryEntry::key);
+  // Of equal keys the last one in the given order is kept; it stands last in its run.
+  auto kept = entries.begin();
+  for (auto it = entries.begin(); it != entries.end(); ++it) {
+    if (std::next(it) != entries.end() && std::next(it)->key == it->key) continue;
+    if (kept != it) *kept = std::move(*it);
+    ++kept;
+  }
+  entries.erase(kept, entries.end());
+  Dictionary result;
+  result.entries_ = std::move(entries);
+  return result;
+}
+
+const Value* Dictionary::find(std::string_view key) const noexcept {
+  const auto it = lowerBound(entries_, key);
+  return it != entries_.end() && it->key == key ? &it->value : nullptr;
+}
+
+Value* Dictionary::find(std::string_view key) noexcept {
+  const auto it = lowerBound(entries_, key);
+  return it != entries_.end() && it->key == key ? &it->value : nullptr;
+}
+
+void Dictionary::set(std::string key, Value value) {
+  const auto it = lowerBound(entries_, key);
+  if (it != entries_.end() && it->key == key) {
+    it->value = std::move(value);
+  } else {
+    entries_.insert(it, DictionaryEntry{std::move(key), std::move(value)});
+  }
+}
+
+bool Dictionary::remove(std::string_view key) {
+  const auto it = lowerBound(entries_, key);
+  if (it == entries_.end() || it->key != key) return false;
+  entries_.erase(it);
+  return true;
+}
+
+std::size_t Dictionary::size() const noexcept {
+  return entries_.size();
+}
+Dictionary::const_iterator Dictionary::begin() const noexcept {
+  return entries_.begin();
+}
+Dictionary::const_iterator Dictionary::end() const noexcept {
+  return entries_.end();
+}
+bool Dictionary::operator==(const Dictionary& other) const {
+  return entries_ == other.entries_;
+}
+
+}  // namespace vantrell

@@ -1,0 +1,88 @@
+// Copyright (c) 2026 Vantrell. All rights reserved.
+// SPDX-License-Identifier: LicenseRef-Vantrell
+
+#include "foundation/Number.h"
+
+#include <charconv>
+#include <cmath>
+#include <limits>
+
+namespace vantrell {
+
+namespace {
+constexpr double kTwoTo63 = 9223372036854775808.0;
+constexpr double kTwoTo64 = 18446744073709551616.0;
+
+std::int64_t clampToSigned(double value) noexcept {
+  if (std::isnan(value)) return 0;
+  if (value >= kTwoTo63) return std::numeric_limits<std::int64_t>::max();
+  if (value < -kTwoTo63) return std::numeric_limits<std::int64_t>::min();
+  return static_cast<std::int64_t>(value);
+}
+}  // namespace
+
+bool Number::boolValue() const noexcept {
+  return kind_ == Kind::Real ? value_.r != 0.0 : value_.u != 0;
+}
+
+std::int64_t Number::signedValue() const noexcept {
+  switch (kind_) {
+    case Kind::Signed:
+      return value_.s;
+    case Kind::Real:
+      return clampToSigned(value_.r);
+    default:
+      return static_cast<std::int64_t>(value_.u);
+  }
+}
+
+std::uint64_t Number::unsignedValue() const noexcept {
+  switch (kind_) {
+    case Kind::Signed:
+      return static_cast<std::uint64_t>(value_.s);
+    case Kind::Real:
+      if (value_.r >= kTwoTo63) {
+        return value_.r >= kTwoTo64 ? std::numeric_limits<std::uint64_t>::max() : static_cast<std::uint64_t>(value_.r);
+      }
+      return static_cast<std::uint64_t>(clampToSigned(value_.r));
+    default:
+      return value_.u;
+  }
+}
+
+double Number::doubleValue() const noexcept {
+  switch (kind_) {
+    case Kind::Signed:
+      return static_cast<double>(value_.s);
+    case Kind::Real:
+      return value_.r;
+    default:
+      return static_cast<double>(value_.u);
+  }
+}
+
+bool Number::operator==(const Number& other) const noexcept {
+  if (kind_ == Kind::Real || other.kind_ == Kind::Real) return doubleValue() == other.doubleValue();
+  const bool negative = kind_ == Kind::Signed && value_.s < 0;
+  const bool otherNegative = other.kind_ == Kind::Signed && other.value_.s < 0;
+  return negative == otherNegative && unsignedValue() == other.unsignedValue();
+}
+
+std::string Number::description() const {
+  char buffer[32];
+  std::to_chars_result end{};
+  switch (kind_) {
+    case Kind::Signed:
+      end = std::to_chars(buffer, buffer + sizeof buffer, value_.s);
+      break;
+    case Kind::Real:
+      end = std::to_chars(buffer, buffer + sizeof buffer, value_.r);
+      break;
+    default:
+      end = std::to_chars(buffer, buffer + sizeof buffer, value_.u);
+      break;
+  }
+  return {buffer, end.ptr};
+}
+
+}  // namespace vantrell

@@ -1,0 +1,26 @@
+// Copyright (c) 2026 Vantrell. All rights reserved.
+// SPDX-License-Identifier: LicenseRef-Vantrell
+
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+namespace vantrell::host {
+
+enum class LogLevel : std::uint8_t { Default, Info, Error, Fault };
+
+/// The operating system's log. Writing never fails visibly, never blocks for long and is safe from any thread.
+class SystemLog {
+ public:
+  virtual ~SystemLog() = default;
+
+  /// False when messages go nowhere; callers may then spare themselves the formatting.
+  virtual bool isRecording() const noexcept = 0;
+
+  /// `subsystem` and `category` may be empty (the default log). `message` is one entry, without a final newline.
+  virtual void write(std::string_view subsystem, std::string_view category, LogLevel level,
+                     std::string_view message) noexcept = 0;
+};
+
+}  // namespace vantrell::host
