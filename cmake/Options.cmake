@@ -18,7 +18,7 @@ set(VANTRELL_VENDOR_DOMAIN_PREFIX "com.vantrell" CACHE STRING "The vendor's reve
 option(VANTRELL_BUILD_BENCHMARKS "Build the benchmarks" ON)
 option(VANTRELL_BUILD_FUZZERS "Build the fuzz targets (clang only)" OFF)
 
-add_compile_options(-Wall -Wextra -Werror -Wnon-virtual-dtor -Wconversion -Wno-sign-conversion
+add_compile_options(-Wall -Wextra -Werror -Wnon-virtual-dtor -Wconversion -Wno-sign-conversion -Wno-missing-field-initializers
                     -fstack-protector-strong)
 add_compile_definitions($<$<AND:$<CONFIG:Release>,$<STREQUAL:${VANTRELL_SANITIZERS},>>:_FORTIFY_SOURCE=2>)
 if(NOT CMAKE_SYSTEM_NAME STREQUAL "Darwin")
