@@ -36,13 +36,19 @@ Date Date::fromSecondsSinceReferenceDate(double seconds) noexcept {
 }
 
 double Date::secondsSinceReferenceDate() const noexcept {
-  return static_cast<double>(seconds) - static_cast<double>(kReferenceDateSince1970) +
-         static_cast<double>(nanoseconds) / kNanosecondsPerSecond;
+  return secondsSince({kReferenceDateSince1970, 0});
 }
 
 double Date::secondsSince(const Date& earlier) const noexcept {
-  return static_cast<double>(seconds) - static_cast<double>(earlier.seconds) +
-         (static_cast<double>(nanoseconds) - static_cast<double>(earlier.nanoseconds)) / kNanosecondsPerSecond;
+  const double fraction =
+      (static_cast<double>(nanoseconds) - static_cast<double>(earlier.nanoseconds)) / kNanosecondsPerSecond;
+  // Whole seconds are subtracted as integers, which a double can't hold beyond 2^53; only dates that lie further apart
+  // than 64 bits can say are left to it.
+  std::int64_t whole = 0;
+  if (__builtin_sub_overflow(seconds, earlier.seconds, &whole)) {
+    return static_cast<double>(seconds) - static_cast<double>(earlier.seconds) + fraction;
+  }
+  return static_cast<double>(whole) + fraction;
 }
 
 }  // namespace vantrell

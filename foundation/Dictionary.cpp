@@ -26,17 +26,27 @@ Dictionary::~Dictionary() = default;
 Dictionary::Dictionary(std::initializer_list<DictionaryEntry> entries) : Dictionary(fromEntries(entries)) {}
 
 Dictionary Dictionary::fromEntries(std::vector<DictionaryEntry> entries) {
-  std::ranges::stable_sort(entries, {}, &DictionaryEntry::key);
-  // Of equal keys the last one in the given order is kept; it stands last in its run.
-  auto kept = entries.begin();
-  for (auto it = entries.begin(); it != entries.end(); ++it) {
-    if (std::next(it) != entries.end() && std::next(it)->key == it->key) continue;
-    if (kept != it) *kept = std::move(*it);
-    ++kept;
-  }
-  entries.erase(kept, entries.end());
   Dictionary result;
-  result.entries_ = std::move(entries);
+  const auto isInOrder = [](const DictionaryEntry& one, const DictionaryEntry& next) { return one.key < next.key; };
+  const auto outOfOrder = [&](const auto& one, const auto& next) { return !isInOrder(one, next); };
+  // What this system writes comes back in order.
+  if (std::ranges::adjacent_find(entries, outOfOrder) == entries.end()) {
+    result.entries_ = std::move(entries);
+    return result;
+  }
+  std::vector<DictionaryEntry*> order;
+  order.reserve(entries.size());
+  for (auto& entry : entries) order.push_back(&entry);
+  // Of equal keys the one given last comes first, and is the one that is taken over.
+  std::ranges::sort(order, [](const DictionaryEntry* one, const DictionaryEntry* other) {
+    const auto comparison = one->key <=> other->key;
+    return comparison == 0 ? one > other : comparison < 0;
+  });
+  result.entries_.reserve(order.size());
+  for (auto* entry : order) {
+    if (!result.entries_.empty() && result.entries_.back().key == entry->key) continue;
+    result.entries_.push_back(std::move(*entry));
+  }
   return result;
 }
 

@@ -26,5 +26,7 @@ class Exception : public std::exception {
 // The platform's names of what it raises.
 inline constexpr char NSInvalidArgumentException[] = "NSInvalidArgumentException";
 inline constexpr char NSRangeException[] = "NSRangeException";
+inline constexpr char NSGenericException[] = "NSGenericException";
+inline constexpr char NSMallocException[] = "NSMallocException";
 
 }  // namespace vantrell

@@ -19,6 +19,15 @@ std::int64_t clampToSigned(double value) noexcept {
   if (value < -kTwoTo63) return std::numeric_limits<std::int64_t>::min();
   return static_cast<std::int64_t>(value);
 }
+
+// Exact: converting the integer to a double instead would round it from 2^53 on.
+bool equalsInteger(double real, bool negative, std::uint64_t bits) noexcept {
+  if (std::trunc(real) != real) return false;
+  if (negative) {
+    return real < 0 && real >= -kTwoTo63 && static_cast<std::int64_t>(real) == static_cast<std::int64_t>(bits);
+  }
+  return real >= 0 && real < kTwoTo64 && static_cast<std::uint64_t>(real) == bits;
+}
 }  // namespace
 
 bool Number::boolValue() const noexcept {
@@ -62,9 +71,11 @@ double Number::doubleValue() const noexcept {
 }
 
 bool Number::operator==(const Number& other) const noexcept {
-  if (kind_ == Kind::Real || other.kind_ == Kind::Real) return doubleValue() == other.doubleValue();
   const bool negative = kind_ == Kind::Signed && value_.s < 0;
   const bool otherNegative = other.kind_ == Kind::Signed && other.value_.s < 0;
+  if (kind_ == Kind::Real && other.kind_ == Kind::Real) return value_.r == other.value_.r;
+  if (kind_ == Kind::Real) return equalsInteger(value_.r, otherNegative, other.unsignedValue());
+  if (other.kind_ == Kind::Real) return equalsInteger(other.value_.r, negative, unsignedValue());
   return negative == otherNegative && unsignedValue() == other.unsignedValue();
 }
 

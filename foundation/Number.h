@@ -16,7 +16,10 @@ class Number {
   enum class Kind : std::uint8_t { Boolean, Signed, Unsigned, Real };
 
   Number() : Number(std::int64_t{0}) {}
-  Number(bool value) : kind_(Kind::Boolean) { value_.u = value ? 1 : 0; }
+  template <std::same_as<bool> T>  // nothing that merely converts to bool, such as a pointer
+  Number(T value) : kind_(Kind::Boolean) {
+    value_.u = value ? 1 : 0;
+  }
   template <std::signed_integral T>
   Number(T value) : kind_(Kind::Signed) {
     value_.s = value;
@@ -28,7 +31,8 @@ class Number {
   Kind kind() const noexcept { return kind_; }
 
   /// Conversions wrap integers modulo 2^64, as the platform's boxed numbers do; a real is truncated toward zero and
-  /// clamped to the target's range (not-a-number gives 0).
+  /// clamped to 64 bits (not-a-number gives 0), a negative one then wraps like an integer. The 32-bit values are the
+  /// low 32 bits of the 64-bit ones.
   bool boolValue() const noexcept;
   std::int64_t signedValue() const noexcept;
   std::uint64_t unsignedValue() const noexcept;
@@ -36,7 +40,7 @@ class Number {
   std::int32_t int32Value() const noexcept { return static_cast<std::int32_t>(signedValue()); }
   std::uint32_t unsigned32Value() const noexcept { return static_cast<std::uint32_t>(unsignedValue()); }
 
-  /// Equal as numbers, whatever the kinds: true equals 1, 1.0 equals 1.
+  /// Equal as numbers, whatever the kinds: true equals 1, 1.0 equals 1. Exact: no rounding of large integers.
   bool operator==(const Number& other) const noexcept;
 
   /// Decimal text; "1" or "0" for booleans; the shortest text that reads back equal for reals.

@@ -1,0 +1,108 @@
+// Copyright (c) 2026 Vantrell. All rights reserved.
+// SPDX-License-Identifier: LicenseRef-Vantrell
+
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "catalogue/QELPrivilegedToolOperationSet.h"
+#include "core/ActiveOperations.h"
+#include "core/ClassRegistry.h"
+#include "core/ClientRegistry.h"
+#include "core/QELPrivilegedOperationSetImplementor.h"
+#include "core/TokenCheck.h"
+#include "foundation/Log.h"
+#include "foundation/OperationQueue.h"
+#include "host/Host.h"
+#include "host/Transport.h"
+
+namespace vantrell {
+
+/// The service: takes in connections, keeps the clients' keys, checks requests and runs them.
+///
+/// Threads: the protocol's functions are called on the transport's threads, several at once; operations and their
+/// completions run on the operation queue's workers. The locks of the client registry and of the running operations are
+/// never held together, nor while an operation runs, feedback is sent or a reply is called.
+class QELPrivilegedTool final : public QELPrivilegedToolProtocol, public host::ListenerDelegate {
+ public:
+  static constexpr char kClassName[] = "QELPrivilegedTool";
+
+  /// Null when the operation set or the log is missing, or when the set's implementor class is not to be had (which is
+  /// logged). All arguments must outlive the service.
+  static std::unique_ptr<QELPrivilegedTool> initForOperationSet(const QELPrivilegedToolOperationSet* operationSet,
+                                                                const Log* usingSubsystemLog, host::Host& host,
+                                                                const ClassRegistry& classes);
+  QELPrivilegedTool(const QELPrivilegedTool&) = delete;
+  QELPrivilegedTool& operator=(const QELPrivilegedTool&) = delete;
+  /// Takes in nothing more and waits for the operations under way.
+  ~QELPrivilegedTool() override;
+
+  /// Takes in clients and runs the main loop; returns only the error that kept it from listening.
+  ErrorOrNil run();
+  /// `run` without the main loop.
+  ErrorOrNil startListening();
+
+  /// Ends the process with status 0, whatever is under way.
+  void terminatePrivilegedHelper();
+
+  void setKeyPrefix(std::optional<Data> keyPrefix) { keyPrefix_ = std::move(keyPrefix); }
+  const std::optional<Data>& keyPrefix() const noexcept { return keyPrefix_; }
+  const QELPrivilegedToolOperationSet& operationSet() const noexcept { return operationSet_; }
+  const Log& sysLog() const noexcept { return sysLog_; }
+  host::Host& host() const noexcept { return host_; }
+  ClientRegistry& clients() noexcept { return clients_; }
+
+  // host::ListenerDelegate
+  bool listenerShouldAcceptNewConnection(host::Listener& listener, host::Connection& newConnection) override;
+
+  // QELPrivilegedToolProtocol
+  void getVersionStringUsingReply(Reply<std::string> reply) override;
+  void registerClientWithPID(std::int32_t pid, Reply<Data> saltReply) override;
+  void unregisterClientWithPID(std::int32_t pid) override;
+  void performPrivilegedOperation(std::uint64_t code, Data token, std::unique_ptr<host::Endpoint> feedbackEndpoint,
+                                  std::optional<Array> arguments, Reply<ErrorOrNil> reply) override;
+  void cancelPrivilegedOperation(std::uint64_t code, Data previouslyAuthorizedWithToken,
+                                 std::optional<Array> arguments) override;
+
+  // Built-in operations
+  ErrorOrNil doNothingWithArguments(const Array& arguments);
+
+ private:
+  struct Target;
+
+  QELPrivilegedTool(const QELPrivilegedToolOperationSet& operationSet, const Log& sysLog, host::Host& host,
+                    const ClassRegistry& classes);
+
+  std::unique_ptr<QELPrivilegedOperationSetImplementor> makeImplementor();
+  void prepareToListen();
+
+  QELPrivilegedToolOperationSet::CheckResult checkToken(DataView token, std::uint64_t code,
+                                                        const std::optional<Array>& arguments) const;
+  /// The operation's UUID, or the refusal.
+  Result<Uuid> checkRequest(const QELPrivilegedOperation* operation, std::uint64_t code, DataView token,
+                            const std::optional<Array>& arguments) const;
+  std::shared_ptr<host::FeedbackConnection> openFeedbackConnection(const QELPrivilegedOperation& operation,
+                                                                   std::unique_ptr<host::Endpoint> endpoint) const;
+  Target chooseTarget(std::uint64_t code, const QELPrivilegedOperation& operation);
+  void runOperation(const QELPrivilegedOperation& operation, OperationMethod& method, const Array& arguments,
+                    host::FeedbackConnection* feedback, const std::string& uuid);
+  ErrorOrNil callMethod(const QELPrivilegedOperation& operation, OperationMethod& method, const Array& arguments,
+                        host::FeedbackConnection* feedback) const;
+  void processCompletionOfOperationWithUUID(const std::string& uuid);
+
+  const Log& sysLog_;
+  const QELPrivilegedToolOperationSet& operationSet_;
+  host::Host& host_;
+  const ClassRegistry& classes_;
+  std::unique_ptr<host::Listener> listener_;
+  ErrorOrNil listenerError_;
+  ClientRegistry clients_;
+  std::optional<Data> keyPrefix_;
+  ActiveOperations activeOperations_;
+  std::unique_ptr<OperationQueue> operationQueue_;
+};
+
+}  // namespace vantrell
