@@ -19,7 +19,8 @@
 
 namespace vantrell::host {
 
-/// A client's place for feedback: the exported object, and the endpoint that names it to the service.
+/// A client's place for feedback: the exported object, and the endpoint that names it to the service. Good for one
+/// request; letting it go ends the connection, but not from within its handler.
 class FeedbackListener {
  public:
   virtual ~FeedbackListener() = default;
@@ -43,7 +44,8 @@ class ServiceConnection {
   virtual ErrorOrNil unregisterClientWithPID(std::int32_t pid) = 0;
 
   /// Waits for the answer, however long the operation takes. The outer result tells whether there was one.
-  /// `feedback` may be null.
+  /// `feedback` may be null; one that served a request before, and arguments that the wire has no form for (a null
+  /// placeholder, more than 15 levels), are POSIX error 22.
   virtual Result<ErrorOrNil> performPrivilegedOperation(std::uint64_t code, DataView token, FeedbackListener* feedback,
                                                         const Array& arguments) = 0;
   virtual ErrorOrNil cancelPrivilegedOperation(std::uint64_t code, DataView token, const Array& arguments) = 0;
@@ -70,8 +72,8 @@ class ClientTransport {
  public:
   virtual ~ClientTransport() = default;
 
-  /// `address` is in the host's notation; on Linux "unix:path=PATH".
-
+  /// `address` is in the host's notation; on Linux "unix:path=PATH". Any other is POSIX error 22; the rest is what the
+  /// system says (2 where nothing is there, 61 where nobody listens), or 60 where the service does not answer in time.
   virtual Result<std::unique_ptr<ServiceConnection>> connectToAddress(const std::string& address) = 0;
 
   /// Through the system's message bus, by the service's name.
@@ -82,7 +84,8 @@ class ClientTransport {
       std::function<void(const Dictionary&)> handler) = 0;
 
   /// Starts the helper at `executablePath` with a listening socket in a folder of its own that only this user may
-  /// enter. The helper is ended and the folder removed when the object goes.
+  /// enter. The helper is ended and the folder removed when the object goes. POSIX error 2 or 13 where it can't be
+  /// executed.
   virtual Result<std::unique_ptr<SpawnedService>> spawnService(const std::string& executablePath) = 0;
 };
 

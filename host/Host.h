@@ -5,12 +5,14 @@
 
 #include <memory>
 
+#include "host/ChildProcesses.h"
 #include "host/ClientTransport.h"
 #include "host/Cryptography.h"
 #include "host/CurrentProcess.h"
 #include "host/ExecutableDescriptor.h"
 #include "host/FileSystem.h"
 #include "host/MainBundle.h"
+#include "host/ProcessTable.h"
 #include "host/SystemLog.h"
 #include "host/Transport.h"
 
@@ -25,6 +27,8 @@ struct Host {
   std::unique_ptr<MainBundle> mainBundle;
   std::unique_ptr<ExecutableDescriptor> executableDescriptor;
   std::unique_ptr<FileSystem> fileSystem;
+  std::unique_ptr<ProcessTable> processTable;
+  std::unique_ptr<ChildProcesses> childProcesses;
   std::unique_ptr<Transport> transport;
   std::unique_ptr<ClientTransport> clientTransport;
 };

@@ -79,17 +79,21 @@ class ListenerDelegate {
   virtual bool listenerShouldAcceptNewConnection(Listener& listener, Connection& newConnection) = 0;
 };
 
-/// Takes in clients of one named service.
+/// Takes in clients of one named service. Letting it go ends its connections and waits for their threads: never from
+/// one of these.
 class Listener {
  public:
   virtual ~Listener() = default;
 
-  /// Held weakly; must outlive the listener or be set to nullptr.
+  /// Held weakly; must outlive the listener or be set to nullptr. Waits while the present delegate is being asked, so
+  /// not from within it.
   virtual void setDelegate(ListenerDelegate* delegate) = 0;
   /// Begins to take in connections, on threads of its own. May fail where the name can't be had.
   virtual ErrorOrNil resume() = 0;
+  /// Takes in no clients until it is resumed.
   virtual void suspend() = 0;
-  /// Takes in no more clients, for good. What waits in the service manager's socket stays there for the next start.
+  /// Takes in no more clients, for good; those that are in stay in. What waits in the service manager's socket stays
+  /// there for the next start.
   virtual void invalidate() = 0;
 };
 
@@ -97,13 +101,15 @@ class Listener {
 ///
 /// What waits for the client is bounded (64 MiB): at the bound the sender waits. A client that takes nothing for 30
 /// seconds while the bound is reached counts as gone: its messages are dropped from then on, which is logged once.
-/// Safe from any thread; messages arrive in the order sent.
+/// Safe from any thread; messages arrive in the order sent. Letting the connection go invalidates it.
 class FeedbackConnection : public QELPrivilegedOperationFeedbackProtocol {
  public:
   /// Begins to talk to the endpoint. Messages sent before are kept until then.
   virtual void resume() = 0;
+  /// Sends nothing until it is resumed or invalidated.
   virtual void suspend() = 0;
-  /// Takes no more messages; what was accepted before is still delivered to a client that reads, then it closes.
+  /// Takes no more messages and does not wait; what was accepted before is still delivered to a client that reads, then
+  /// it closes.
   virtual void invalidate() = 0;
 
   /// True once the client has gone or counts as gone.

@@ -1,0 +1,152 @@
+// Copyright (c) 2026 Vantrell. All rights reserved.
+// SPDX-License-Identifier: LicenseRef-Vantrell
+
+#include "host/linux/FileStatusCalls.h"
+
+#include <string>
+
+#include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+
+#include "foundation/PosixCodes.h"
+#include "host/linux/ErrorNumbers.h"
+#include "host/linux/FileDescriptor.h"
+
+namespace vantrell::host {
+namespace {
+
+struct FlagPair {
+  std::uint32_t bsd;
+  unsigned inode;           // FS_IOC_GETFLAGS
+  std::uint64_t attribute;  // statx
+};
+
+constexpr FlagPair kFlagPairs[] = {
+    {file_flags::kUserNoDump, FS_NODUMP_FL, STATX_ATTR_NODUMP},
+    {file_flags::kUserImmutable, FS_IMMUTABLE_FL, STATX_ATTR_IMMUTABLE},
+    {file_flags::kUserAppend, FS_APPEND_FL, STATX_ATTR_APPEND},
+};
+constexpr std::uint32_t kKnownFlags = file_flags::kUserNoDump | file_flags::kUserImmutable | file_flags::kUserAppend;
+constexpr std::uint64_t kKnownAttributes = STATX_ATTR_NODUMP | STATX_ATTR_IMMUTABLE | STATX_ATTR_APPEND;
+constexpr unsigned kKnownInodeFlags = FS_NODUMP_FL | FS_IMMUTABLE_FL | FS_APPEND_FL;
+
+constexpr unsigned kStatusMask =
+    STATX_TYPE | STATX_MODE | STATX_NLINK | STATX_UID | STATX_GID | STATX_ATIME | STATX_MTIME | STATX_INO | STATX_SIZE;
+
+FileType fileTypeOf(const struct statx& status) {
+  switch (status.stx_mode & S_IFMT) {
+    case S_IFREG:
+      return FileType::Regular;
+    case S_IFDIR:
+      return FileType::Directory;
+    case S_IFLNK:
+      return FileType::SymbolicLink;
+    case S_IFIFO:
+      return FileType::Fifo;
+    case S_IFSOCK:
+      return FileType::Socket;
+    case S_IFBLK:
+      return FileType::BlockDevice;
+    case S_IFCHR:
+      return status.stx_rdev_major == 0 && status.stx_rdev_minor == 0 ? FileType::Whiteout : FileType::CharacterDevice;
+    default:
+      return FileType::Unknown;
+  }
+}
+
+FileStatus fileStatusOf(const struct statx& status) {
+  FileStatus result;
+  result.type = fileTypeOf(status);
+  result.permissions = status.stx_mode & 07777;
+  for (const auto& pair : kFlagPairs)
+    if (status.stx_attributes & pair.attribute) result.flags |= pair.bsd;
+  result.owner = status.stx_uid;
+  result.group = status.stx_gid;
+  result.device = makedev(status.stx_dev_major, status.stx_dev_minor);
+  result.inode = status.stx_ino;
+  result.links = status.stx_nlink;
+  result.size = status.stx_size;
+  result.accessed = {status.stx_atime.tv_sec, status.stx_atime.tv_nsec};
+  result.modified = {status.stx_mtime.tv_sec, status.stx_mtime.tv_nsec};
+  return result;
+}
+
+Result<struct statx> callStatx(int folder, const char* name, int extraFlags) {
+  struct statx status;
+  if (statx(folder, name, AT_NO_AUTOMOUNT | extraFlags, kStatusMask, &status) != 0) return errnoFailure();
+  return status;
+}
+
+// Nothing to be done, or not possible at all? A file system that doesn't report these flags through statx may still
+// have them, so its silence decides nothing.
+enum class FlagChange { None, Impossible, ViaInode };
+
+FlagChange flagChangeNeeded(const struct statx& status, std::uint32_t flags) {
+  const auto current = fileStatusOf(status);
+  const bool canHaveFlags = current.type == FileType::Regular || current.type == FileType::Directory;
+  const bool known = (status.stx_attributes_mask & kKnownAttributes) == kKnownAttributes;
+  if (current.flags == flags && (known || !canHaveFlags)) return FlagChange::None;
+  return canHaveFlags && (flags & ~kKnownFlags) == 0 ? FlagChange::ViaInode : FlagChange::Impossible;
+}
+
+// The kernel reads and writes an int here, whatever the request's name says about a long.
+ErrorOrNil writeInodeFlags(int descriptor, std::uint32_t flags) {
+  unsigned inodeFlags = 0;
+  if (ioctl(descriptor, FS_IOC_GETFLAGS, &inodeFlags) != 0)
+    return errno == ENOTTY ? Error::posix(posix::kNotSupported) : errorFromErrno();
+  unsigned wanted = inodeFlags & ~kKnownInodeFlags;
+  for (const auto& pair : kFlagPairs)
+    if (flags & pair.bsd) wanted |= pair.inode;
+  if (wanted == inodeFlags) return std::nullopt;
+  if (ioctl(descriptor, FS_IOC_SETFLAGS, &wanted) != 0)
+    return errno == ENOTTY ? Error::posix(posix::kNotSupported) : errorFromErrno();
+  return std::nullopt;
+}
+
+}  // namespace
+
+Result<FileStatus> readFileStatus(int folder, const char* name, int extraFlags) {
+  const auto status = callStatx(folder, name, extraFlags);
+  if (!status) return failure(status.error());
+  return fileStatusOf(*status);
+}
+
+ErrorOrNil writeFileFlags(int folder, const char* name, FollowLinks follow, std::uint32_t flags) {
+  const int noFollow = follow == FollowLinks::No ? O_NOFOLLOW : 0;
+  // A location only: it pins the object without opening it, so that what is examined is what is opened afterwards.
+  const FileDescriptor location(openat(folder, name, O_PATH | O_CLOEXEC | noFollow));
+  if (!location) return errorFromErrno();
+  const auto status = callStatx(location.get(), "", AT_EMPTY_PATH);
+  if (!status) return status.error();
+  switch (flagChangeNeeded(*status, flags)) {
+    case FlagChange::None:
+      return std::nullopt;
+    case FlagChange::Impossible:
+      return Error::posix(posix::kNotSupported);
+    case FlagChange::ViaInode:
+      break;
+  }
+  const auto link = "/proc/self/fd/" + std::to_string(location.get());
+  const FileDescriptor object(open(link.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  if (!object) return errorFromErrno();
+  return writeInodeFlags(object.get(), flags);
+}
+
+ErrorOrNil writeOpenFolderFlags(int folder, std::uint32_t flags) {
+  const auto status = callStatx(folder, "", AT_EMPTY_PATH);
+  if (!status) return status.error();
+  switch (flagChangeNeeded(*status, flags)) {
+    case FlagChange::None:
+      return std::nullopt;
+    case FlagChange::Impossible:
+      return Error::posix(posix::kNotSupported);
+    case FlagChange::ViaInode:
+      return writeInodeFlags(folder, flags);
+  }
+  return std::nullopt;
+}
+
+}  // namespace vantrell::host

@@ -1,0 +1,41 @@
+// Copyright (c) 2026 Vantrell. All rights reserved.
+// SPDX-License-Identifier: LicenseRef-Vantrell
+
+#pragma once
+
+#include <cstddef>
+#include <memory>
+
+#include "host/FileSystem.h"
+#include "host/linux/FileDescriptor.h"
+
+namespace vantrell::host {
+
+class LinuxDirectoryHandle final : public DirectoryHandle {
+ public:
+  /// A folder opened for reading.
+  explicit LinuxDirectoryHandle(FileDescriptor folder) noexcept : folder_(std::move(folder)) {}
+
+  Result<FileStatus> status() const override;
+  Result<FileStatus> statusOf(const char* name, FollowLinks follow) const override;
+  Result<std::unique_ptr<DirectoryHandle>> openDirectory(const char* name, MountPoints mountPoints) const override;
+  Result<std::unique_ptr<DirectoryHandle>> openParent() const override;
+  Result<std::optional<DirectoryEntry>> next() override;
+  void rewind() override { setPosition(0); }
+  std::uint64_t position() const noexcept override { return position_; }
+  void setPosition(std::uint64_t position) override;
+  ErrorOrNil setFlags(std::uint32_t flags) override;
+  ErrorOrNil setFlagsOf(const char* name, std::uint32_t flags, FollowLinks follow) override;
+  ErrorOrNil removeFile(const char* name) override;
+  ErrorOrNil removeDirectory(const char* name) override;
+
+ private:
+  FileDescriptor folder_;
+  std::unique_ptr<std::byte[]>
+      buffer_;  // records as the kernel hands them out; none before the first and after the last
+  std::size_t filled_ = 0;
+  std::size_t consumed_ = 0;
+  std::uint64_t position_ = 0;
+};
+
+}  // namespace vantrell::host
