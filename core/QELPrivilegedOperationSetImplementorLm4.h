@@ -3,6 +3,10 @@
 
 #pragma once
 
+#include <span>
+#include <string_view>
+#include <vector>
+
 #include "core/QELPrivilegedOperationSetImplementor.h"
 
 namespace vantrell {
@@ -22,7 +26,8 @@ class QELPrivilegedOperationSetImplementorLm4 final : public QELPrivilegedOperat
  private:
   using Feedback = QELPrivilegedOperationFeedbackProtocol;
   struct Entry;
-  static const std::vector<Entry>& entries();
+  struct FileObjects;
+  static std::span<const Entry> entries();
 
   ErrorOrNil performOperationDeleteFileobjects(const Array& arguments, Feedback* feedbackConnection);
   ErrorOrNil performOperationInspectFileobject(const Array& arguments);

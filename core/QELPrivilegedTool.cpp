@@ -26,7 +26,11 @@ std::unique_ptr<QELPrivilegedTool> QELPrivilegedTool::initForOperationSet(
 
 QELPrivilegedTool::QELPrivilegedTool(const QELPrivilegedToolOperationSet& operationSet, const Log& sysLog,
                                      host::Host& host, const ClassRegistry& classes)
-    : sysLog_(sysLog), operationSet_(operationSet), host_(host), classes_(classes) {}
+    : sysLog_(sysLog),
+      operationSet_(operationSet),
+      host_(host),
+      classes_(classes),
+      processInfo_(*host.fileSystem, *host.processTable) {}
 
 void QELPrivilegedTool::prepareToListen() {
   if (auto listener = host_.transport->makeListener(operationSet_.serviceIdentifierForHelper())) {

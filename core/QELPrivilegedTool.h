@@ -18,6 +18,7 @@
 #include "foundation/OperationQueue.h"
 #include "host/Host.h"
 #include "host/Transport.h"
+#include "platform/NSProcessInfoQELAdditions.h"
 
 namespace vantrell {
 
@@ -54,6 +55,7 @@ class QELPrivilegedTool final : public QELPrivilegedToolProtocol, public host::L
   const Log& sysLog() const noexcept { return sysLog_; }
   host::Host& host() const noexcept { return host_; }
   ClientRegistry& clients() noexcept { return clients_; }
+  NSProcessInfoQELAdditions& processInfo() noexcept { return processInfo_; }
 
   // host::ListenerDelegate
   bool listenerShouldAcceptNewConnection(host::Listener& listener, host::Connection& newConnection) override;
@@ -97,6 +99,7 @@ class QELPrivilegedTool final : public QELPrivilegedToolProtocol, public host::L
   const QELPrivilegedToolOperationSet& operationSet_;
   host::Host& host_;
   const ClassRegistry& classes_;
+  NSProcessInfoQELAdditions processInfo_;
   std::unique_ptr<host::Listener> listener_;
   ErrorOrNil listenerError_;
   ClientRegistry clients_;
