@@ -23,6 +23,15 @@ std::string privilegedOperationErrorDomain() {
   return vendorDomainPrefix() + ".error.privileged-operation";
 }
 
+Error privilegedOperationError(std::int64_t code, const char* description, const char* suggestionTemplate,
+                               const std::vector<std::string>& parameters, const std::string& path) {
+  Dictionary userInfo{{NSLocalizedDescriptionKey, description},
+                      {QELLocalizedRecoverySuggestionTemplateKey, suggestionTemplate},
+                      {QELLocalizedRecoverySuggestionParametersKey, Array(parameters.begin(), parameters.end())}};
+  if (!path.empty()) userInfo.set(NSFilePathErrorKey, path);
+  return {privilegedOperationErrorDomain(), code, std::move(userInfo)};
+}
+
 namespace privileged_tool_error {
 
 namespace {

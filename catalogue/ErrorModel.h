@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "foundation/Error.h"
 
@@ -26,6 +27,11 @@ inline constexpr char QELLocalizedDescriptionParametersKey[] = "QELLocalizedDesc
 inline constexpr char QELLocalizedRecoverySuggestionTemplateKey[] = "QELLocalizedRecoverySuggestionTemplate";
 inline constexpr char QELLocalizedRecoverySuggestionParametersKey[] = "QELLocalizedRecoverySuggestionParameters";
 inline constexpr char QELSecurityPolicyCheckResultKey[] = "QELSecurityPolicyCheckResult";
+
+/// A failed operation: a plain description, a recovery-suggestion template with its parameters, and the path that it is
+/// about, unless that is empty.
+Error privilegedOperationError(std::int64_t code, const char* description, const char* suggestionTemplate,
+                               const std::vector<std::string>& parameters, const std::string& path = {});
 
 /// The service core's refusals. Each holds a plain description, a recovery-suggestion template and its parameters.
 namespace privileged_tool_error {

@@ -13,6 +13,10 @@ Dictionary progressMessage(double fraction) {
 Dictionary openingOutputMessage() {
   return {{feedback_key::kOutputData, Data{}}, {feedback_key::kErrorData, Data{}}};
 }
+Dictionary outputMessage(DataView data, bool isError, std::uint64_t sequenceNumber) {
+  return {{isError ? feedback_key::kErrorData : feedback_key::kOutputData, Data(data.begin(), data.end())},
+          {feedback_key::kSequenceNumber, sequenceNumber}};
+}
 Dictionary finalMessage() {
   return {{feedback_key::kFinalFeedbackMessage, true}};
 }

@@ -3,6 +3,9 @@
 
 #pragma once
 
+#include <cstdint>
+
+#include "foundation/Data.h"
 #include "foundation/Dictionary.h"
 
 namespace vantrell {
@@ -20,6 +23,8 @@ inline constexpr char kFinalFeedbackMessage[] = "FinalFeedbackMessage";
 Dictionary progressMessage(double fraction);
 /// The first message of an operation with live output: both streams, both empty, no sequence number.
 Dictionary openingOutputMessage();
+/// A piece of a program's output, numbered over both streams.
+Dictionary outputMessage(DataView data, bool isError, std::uint64_t sequenceNumber);
 /// The last message of every operation.
 Dictionary finalMessage();
 

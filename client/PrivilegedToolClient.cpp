@@ -5,6 +5,7 @@
 
 #include <utility>
 
+#include "client/ErrorText.h"
 #include "client/FeedbackReception.h"
 #include "client/RequestToken.h"
 #include "foundation/PosixCodes.h"
@@ -31,6 +32,17 @@ Error withTexts(std::int64_t code, std::string description, std::string suggesti
                      {NSLocalizedRecoverySuggestionErrorKey, std::move(suggestion)}}};
 }
 
+/// The bare error of a connection says neither where to nor what for.
+Error unreachable(const HelperLocation& location, const Error& error) {
+  const auto reason = textOfError(error).description;
+  if (location.way == HelperLocation::Way::Spawn) {
+    return withTexts(error.code(), "The helper \"" + location.target + "\" can't be started: " + reason, "");
+  }
+  return withTexts(
+      error.code(), "The service can't be reached at " + location.target + ": " + reason,
+      error.isPosix(posix::kAccessDenied) ? "Only root and the members of the socket's group may connect." : "");
+}
+
 }  // namespace
 
 Result<std::unique_ptr<PrivilegedToolClient>> PrivilegedToolClient::connect(
@@ -38,11 +50,11 @@ Result<std::unique_ptr<PrivilegedToolClient>> PrivilegedToolClient::connect(
   std::unique_ptr<PrivilegedToolClient> client(new PrivilegedToolClient(std::move(location), operations, host));
   if (client->location_.way == HelperLocation::Way::Spawn) {
     auto spawned = host.clientTransport->spawnService(client->location_.target);
-    if (!spawned) return failure(spawned.error());
+    if (!spawned) return failure(unreachable(client->location_, spawned.error()));
     client->spawned_ = std::move(*spawned);
   }
   auto connection = client->openConnection();
-  if (!connection) return failure(connection.error());
+  if (!connection) return failure(unreachable(client->location_, connection.error()));
   client->connection_ = std::move(*connection);
   return client;
 }

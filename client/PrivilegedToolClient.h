@@ -31,7 +31,8 @@ class PrivilegedToolClient {
   /// How long feedback may stay away after the answer before the rest of it is given up.
   static constexpr std::chrono::seconds kFeedbackPatience{10};
 
-  /// Connects, or starts the helper and connects to it. `operations` and `host` must outlive the client.
+  /// Connects, or starts the helper and connects to it; failures are POSIX errors with texts for people. `operations`
+  /// and `host` must outlive the client.
   static Result<std::unique_ptr<PrivilegedToolClient>> connect(HelperLocation location,
                                                                const QELPrivilegedToolOperationSet& operations,
                                                                host::Host& host);

@@ -23,6 +23,11 @@ std::size_t ClientRegistry::removeClient(std::int32_t pid) {
   return keysByClientPIDs_.size();
 }
 
+void ClientRegistry::removeClientAndStayLocked(std::int32_t pid) {
+  clientSetLock_.lock();
+  keysByClientPIDs_.erase(pid);
+}
+
 std::optional<ClientRegistry::Key> ClientRegistry::keyForClient(std::uint64_t pid) const {
   // Tokens carry 64 bits; no such identifier was ever registered.
   if (pid > static_cast<std::uint64_t>(std::numeric_limits<std::int32_t>::max())) return std::nullopt;

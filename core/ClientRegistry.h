@@ -28,6 +28,10 @@ class ClientRegistry {
   /// Removes the entry, if there is one, and returns how many clients remain.
   std::size_t removeClient(std::int32_t pid);
 
+  /// Removes the entry and keeps the registry locked for good: whoever uses it from here on waits until the process
+  /// ends, which the caller sees to. So nobody can register with a helper that is about to be gone.
+  void removeClientAndStayLocked(std::int32_t pid);
+
   std::optional<Key> keyForClient(std::uint64_t pid) const;
 
   std::vector<std::int32_t> registeredClients() const;

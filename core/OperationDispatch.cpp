@@ -23,6 +23,9 @@ namespace {
 constexpr unsigned kPauseBeforeClosingMilliseconds = 250;
 
 /// Operation codes that the service carries out itself.
+constexpr std::uint64_t kCheckSecurityPolicy = 9994;
+constexpr std::uint64_t kPerformUninstall = 9995;
+constexpr std::uint64_t kDeleteFiles = 9996;
 constexpr std::uint64_t kDiscardAuthorization = 9997;
 constexpr std::uint64_t kNop = 9998;
 
@@ -77,10 +80,19 @@ std::shared_ptr<host::FeedbackConnection> QELPrivilegedTool::openFeedbackConnect
 }
 
 QELPrivilegedTool::Target QELPrivilegedTool::chooseTarget(std::uint64_t code, const QELPrivilegedOperation& operation) {
+  const auto ownMethod = [this](ErrorOrNil (QELPrivilegedTool::*method)(const Array&)) -> Target {
+    return {nullptr, [this, method](const Array& arguments, auto*) { return (this->*method)(arguments); }};
+  };
   switch (code) {
+    case kCheckSecurityPolicy:
+      return ownMethod(&QELPrivilegedTool::checkSecurityPolicyWithArguments);
+    case kPerformUninstall:
+      return ownMethod(&QELPrivilegedTool::performUninstallWithArguments);
+    case kDeleteFiles:
+      return ownMethod(&QELPrivilegedTool::deleteFileSystemObjectsWithPaths);
     case kNop:
     case kDiscardAuthorization:
-      return {nullptr, [this](const Array& arguments, auto*) { return doNothingWithArguments(arguments); }};
+      return ownMethod(&QELPrivilegedTool::doNothingWithArguments);
     default:
       break;
   }

@@ -10,6 +10,7 @@
 #include "fileops/AdvancedOpsAdditions.h"
 #include "fileops/FileObjectOperations.h"
 #include "foundation/FileManager.h"
+#include "process/SystemProgramRunner.h"
 
 namespace vantrell {
 
@@ -45,6 +46,7 @@ std::span<const QELPrivilegedOperationSetImplementorLm4::Entry> QELPrivilegedOpe
       Entry{"performOperationDeleteFileobjectsWithArguments:feedbackConnection:",
             &Self::performOperationDeleteFileobjects},
       Entry{"performOperationInspectFileobjectWithArguments:", &Self::performOperationInspectFileobject},
+      Entry{"performOperationExecuteUtilityWithArguments:feedbackConnection:", &Self::performOperationExecuteUtility},
   };
   return kEntries;
 }
@@ -72,6 +74,15 @@ ErrorOrNil QELPrivilegedOperationSetImplementorLm4::performOperationDeleteFileob
 
 ErrorOrNil QELPrivilegedOperationSetImplementorLm4::performOperationInspectFileobject(const Array& arguments) {
   return FileObjects(privilegedTool()).operations.inspectFileobject(arguments);
+}
+
+ErrorOrNil QELPrivilegedOperationSetImplementorLm4::performOperationExecuteUtility(const Array& arguments,
+                                                                                   Feedback* feedbackConnection) {
+  auto& host = privilegedTool().host();
+  FileManager fileManager(*host.fileSystem);
+  SystemProgramRunner runner(*host.childProcesses, fileManager, *host.fileSystem, Log(*host.systemLog),
+                             concreteOperation());
+  return runner.executeUtility(arguments, feedbackConnection);
 }
 
 }  // namespace vantrell

@@ -31,6 +31,7 @@ class QELPrivilegedOperationSetImplementorLm4 final : public QELPrivilegedOperat
 
   ErrorOrNil performOperationDeleteFileobjects(const Array& arguments, Feedback* feedbackConnection);
   ErrorOrNil performOperationInspectFileobject(const Array& arguments);
+  ErrorOrNil performOperationExecuteUtility(const Array& arguments, Feedback* feedbackConnection);
 };
 
 }  // namespace vantrell

@@ -105,8 +105,4 @@ void QELPrivilegedTool::unregisterClientWithPID(std::int32_t pid) {
   if (remaining == 0) terminatePrivilegedHelper();
 }
 
-ErrorOrNil QELPrivilegedTool::doNothingWithArguments(const Array&) {
-  return std::nullopt;
-}
-
 }  // namespace vantrell

@@ -71,6 +71,14 @@ class QELPrivilegedTool final : public QELPrivilegedToolProtocol, public host::L
 
   // Built-in operations
   ErrorOrNil doNothingWithArguments(const Array& arguments);
+  /// Removes each path that is a text; the last failure is the result.
+  ErrorOrNil deleteFileSystemObjectsWithPaths(const Array& paths);
+  /// Arguments: the requester's process identifier and the helper's two installed files. Ends the process, unless it is
+  /// refused.
+  ErrorOrNil performUninstallWithArguments(const Array& arguments);
+  /// Whether the operating system lets this process read what its privacy protection guards: an error with code 0 and
+  /// the answer, 2 yes, 1 no, 0 not known.
+  ErrorOrNil checkSecurityPolicyWithArguments(const Array& arguments);
 
  private:
   struct Target;
@@ -80,6 +88,10 @@ class QELPrivilegedTool final : public QELPrivilegedToolProtocol, public host::L
 
   std::unique_ptr<QELPrivilegedOperationSetImplementor> makeImplementor();
   void prepareToListen();
+  ErrorOrNil enforceRemovalOfFileSystemObjectAtPath(const std::string& path);
+  ErrorOrNil refuseUninstallForOtherClients(std::int32_t requester);
+  void removeFromServiceManagement();
+  unsigned securityPolicyCheckResult();
 
   QELPrivilegedToolOperationSet::CheckResult checkToken(DataView token, std::uint64_t code,
                                                         const std::optional<Array>& arguments) const;

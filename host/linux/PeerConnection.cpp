@@ -75,12 +75,16 @@ bool PeerConnection::step() {
   bool open = true;
   {
     BusChannel::Lock lock = channel_->lock();
+    // After a delivery straight to the poll, which ends at once where there is more: looking into the socket first
+    // would hold the lock just when a worker comes to answer.
+    if (delivered_ && !stopping_) channel_->wait(lock);
     const int processed = channel_->process(true, limits_.waitingAnswerBytes);
     calls.swap(arrived_);
     // What has arrived is delivered before looking for more: the object may get to work at once.
     if (processed == 0 && calls.empty() && !stopping_) channel_->wait(lock);
     open = processed >= 0 && !stopping_;
   }
+  delivered_ = !calls.empty();
   for (IncomingCall& call : calls) deliver(std::move(call), *object_);
   return open;
 }

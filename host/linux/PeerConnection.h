@@ -47,6 +47,7 @@ class PeerConnection final : public Connection, private ServiceCallSink {
   const std::shared_ptr<ClientAccount> account_;
   std::vector<IncomingCall> arrived_;  // guarded by the channel's lock
   bool stopping_ = false;              // likewise
+  bool delivered_ = false;             // the thread's own: whether the step before handed calls on
   std::thread thread_;
 };
 

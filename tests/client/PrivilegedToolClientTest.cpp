@@ -10,13 +10,9 @@
 #include <gtest/gtest.h>
 
 #include "client/ErrorText.h"
-#include "client/FeedbackReception.h"
-#include "client/InterruptReaction.h"
 #include "client/PrivilegedToolClient.h"
 #include "foundation/PosixCodes.h"
-#include "tests/client/ClientHost.h"
-#include "tests/client/FakeService.h"
-#include "tests/client/FakeTerminal.h"
+#include "tests/client/ClientFixture.h"
 
 namespace vantrell {
 namespace {
@@ -26,57 +22,8 @@ using Way = HelperLocation::Way;
 
 constexpr std::uint64_t kNop = 9998;
 constexpr std::uint64_t kDeleteFileobjects = 3;
-constexpr char kHelper[] = "/fake/helper";
-constexpr char kDescriptor[] = "000102030405060708090a0b0c0d0e0f10111213";
-
-Data keyPrefix() {
-  Data prefix(20);
-  for (std::size_t i = 0; i < prefix.size(); ++i) prefix[i] = static_cast<std::uint8_t>(i);
-  return prefix;
-}
-
-/// The service's answer, where there must be one.
-ErrorOrNil answerIn(const Result<ErrorOrNil>& result) {
-  if (result) return *result;
-  ADD_FAILURE() << "no answer: " << result.error().code();
-  return Error("no answer", -1);
-}
-
-class ClientFixture : public testing::Test {
- protected:
-  ClientFixture() {
-    context_.executables->descriptors[kHelper] = kDescriptor;
-    auto transport = std::make_unique<tests::FakeClientTransport>(service_);
-    transport_ = transport.get();
-    context_.host.clientTransport = std::move(transport);
-  }
-
-  std::unique_ptr<PrivilegedToolClient> connect(const std::string& helper = kHelper) {
-    auto client =
-        PrivilegedToolClient::connect({Way::Address, "unix:path=/socket", helper}, operations_, context_.host);
-    if (!client) {
-      ADD_FAILURE() << "no connection";
-      return nullptr;
-    }
-    return std::move(*client);
-  }
-  std::unique_ptr<PrivilegedToolClient> registered() {
-    auto client = connect();
-    if (client) {
-      EXPECT_EQ(client->registerClient(), std::nullopt);
-    }
-    return client;
-  }
-
-  tests::ClientHost context_;
-  QELPrivilegedToolOperationSetLM4 operations_{*context_.host.systemLog};
-  tests::FakeService service_{context_.host, operations_, keyPrefix()};
-  tests::FakeClientTransport* transport_;
-};
-
-class PrivilegedToolClientTest : public ClientFixture {};
-class PrivilegedToolClientConcurrentTest : public ClientFixture {};
-class FeedbackReceptionConcurrentTest : public ClientFixture {};
+class PrivilegedToolClientTest : public tests::ClientFixture {};
+class PrivilegedToolClientConcurrentTest : public tests::ClientFixture {};
 
 TEST_F(PrivilegedToolClientTest, AsksForTheVersionWithoutRegistration) {
   EXPECT_EQ(connect()->versionString(), "2.5");
@@ -91,7 +38,7 @@ TEST_F(PrivilegedToolClientTest, MakesTokensThatPassTheServicesCheck) {
   };
   const auto client = registered();
   const Array arguments{"1", "0", "/x"};
-  EXPECT_EQ(answerIn(client->perform(kDeleteFileobjects, arguments)), Error::posix(5));
+  EXPECT_EQ(tests::answerIn(client->perform(kDeleteFileobjects, arguments)), Error::posix(5));
   ASSERT_TRUE(seen);
   EXPECT_EQ(seen->code, kDeleteFileobjects);
   EXPECT_EQ(seen->arguments, arguments);
@@ -150,7 +97,7 @@ TEST_F(PrivilegedToolClientTest, GivesUpOnAServiceThatAlwaysEnds) {
 }
 
 TEST_F(PrivilegedToolClientTest, ReachesTheServiceByItsNameOnTheBus) {
-  const auto client = PrivilegedToolClient::connect({Way::Bus, "the.name", kHelper}, operations_, context_.host);
+  const auto client = PrivilegedToolClient::connect({Way::Bus, "the.name", tests::kHelper}, operations_, context_.host);
   ASSERT_TRUE(client);
   EXPECT_EQ(transport_->lastAddress, "the.name");
 }
@@ -203,7 +150,7 @@ TEST_F(PrivilegedToolClientConcurrentTest, CancelsTheRunningOperationByItsIdenti
     std::this_thread::sleep_for(20ms);
     cancellation.request();
   });
-  EXPECT_EQ(answerIn(client->perform(kDeleteFileobjects, {"1", "0", "/x"}, {}, &cancellation)),
+  EXPECT_EQ(tests::answerIn(client->perform(kDeleteFileobjects, {"1", "0", "/x"}, {}, &cancellation)),
             Error::posix(posix::kCanceled));
   ASSERT_TRUE(operation);
   for (const auto& result : service_.waitForCancellations(3)) {
@@ -221,7 +168,7 @@ TEST_F(PrivilegedToolClientTest, SendsNothingThatWasCancelledBefore) {
   const auto client = registered();
   OperationCancellation cancellation;
   cancellation.request();
-  EXPECT_EQ(answerIn(client->perform(kNop, {}, {}, &cancellation)), Error::posix(posix::kCanceled));
+  EXPECT_EQ(tests::answerIn(client->perform(kNop, {}, {}, &cancellation)), Error::posix(posix::kCanceled));
   EXPECT_FALSE(asked);
 }
 
@@ -237,82 +184,11 @@ TEST_F(PrivilegedToolClientConcurrentTest, PerformsSeveralOperationsAtOnce) {
     std::vector<std::jthread> threads;
     for (int i = 0; i < 4; ++i) {
       threads.emplace_back([&] {
-        for (int round = 0; round < 25; ++round) succeeded += answerIn(client->perform(kNop, {})) ? 0 : 1;
+        for (int round = 0; round < 25; ++round) succeeded += tests::answerIn(client->perform(kNop, {})) ? 0 : 1;
       });
     }
   }
   EXPECT_EQ(succeeded, 100);
-}
-
-TEST_F(FeedbackReceptionConcurrentTest, GivesUpWhenNothingComesAnyMore) {
-  FeedbackReception reception;
-  ASSERT_EQ(reception.open(*transport_, [](const Dictionary&) {}), std::nullopt);
-  const auto begin = std::chrono::steady_clock::now();
-  EXPECT_FALSE(reception.waitForRest(100ms));
-  EXPECT_GE(std::chrono::steady_clock::now() - begin, 100ms);
-}
-
-TEST_F(FeedbackReceptionConcurrentTest, WaitsForASlowReaderHoweverLong) {
-  FeedbackReception reception;
-  std::atomic<bool> handled = false;
-  ASSERT_EQ(reception.open(*transport_,
-                           [&](const Dictionary&) {
-                             std::this_thread::sleep_for(500ms);
-                             handled = true;
-                           }),
-            std::nullopt);
-  auto* listener = dynamic_cast<tests::FakeFeedbackListener*>(reception.listener());
-  const std::jthread service([&] {
-    listener->deliver({});
-    listener->close();
-  });
-  while (!reception.waitForRest(100ms) && !handled) {
-    // The message had not begun yet.
-  }
-  EXPECT_TRUE(reception.waitForRest(10s));
-  EXPECT_TRUE(handled);
-}
-
-TEST_F(FeedbackReceptionConcurrentTest, HasNothingToWaitForUnlessOpened) {
-  FeedbackReception reception;
-  EXPECT_EQ(reception.listener(), nullptr);
-  EXPECT_TRUE(reception.waitForRest(10s));
-}
-
-class InterruptReactionTest : public ClientFixture {
- protected:
-  tests::FakeTerminal terminal_;
-  std::ostringstream out_;
-  CommandContext command_{context_.host, terminal_, operations_, out_, out_};
-};
-
-TEST_F(InterruptReactionTest, CancelsFirstAndEndsTheProcessThen) {
-  InterruptReaction reaction(command_);
-  const std::shared_ptr<PrivilegedToolClient> client = registered();
-  reaction.setClient(client);
-  reaction.interrupt();
-  EXPECT_TRUE(reaction.cancellation().isRequested());
-  EXPECT_EQ(context_.process->exits(), 0);
-  EXPECT_TRUE(service_.registered(context_.process->identifier()));
-
-  reaction.interrupt();
-  EXPECT_EQ(context_.process->exits(), 1);
-  EXPECT_EQ(context_.process->exitStatus(), 1);
-  EXPECT_FALSE(service_.registered(context_.process->identifier()));
-}
-
-TEST_F(InterruptReactionTest, DoesNotTakeAnotherCancellationForAnInterrupt) {
-  InterruptReaction reaction(command_);
-  reaction.cancellation().request();
-  reaction.interrupt();
-  EXPECT_EQ(context_.process->exits(), 0);
-}
-
-TEST_F(InterruptReactionTest, EndsTheProcessWithoutAClient) {
-  InterruptReaction reaction(command_);
-  reaction.interrupt();
-  reaction.interrupt();
-  EXPECT_EQ(context_.process->exits(), 1);
 }
 
 }  // namespace

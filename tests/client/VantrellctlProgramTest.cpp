@@ -72,8 +72,10 @@ TEST_F(VantrellctlProgram, EndsWith3WhereNobodyListens) {
   const auto result = run({"--address", "unix:path=/nonexistent/socket", "--helper", kProgram, "run", "nop"});
   EXPECT_EQ(result.status, 3);
   EXPECT_EQ(result.output, "");
-  EXPECT_THAT(result.error, StartsWith("vantrellctl: "));
-  EXPECT_EQ(run({"--spawn", "/nonexistent/helper", "version"}).status, 3);
+  EXPECT_THAT(result.error, StartsWith("vantrellctl: The service can't be reached at unix:path=/nonexistent/socket: "));
+  const auto spawning = run({"--spawn", "/nonexistent/helper", "version"});
+  EXPECT_EQ(spawning.status, 3);
+  EXPECT_THAT(spawning.error, StartsWith("vantrellctl: The helper \"/nonexistent/helper\" can't be started: No such"));
 }
 
 TEST_F(VantrellctlProgram, DescribesExecutablesOfThisSystem) {

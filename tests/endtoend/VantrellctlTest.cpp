@@ -7,7 +7,10 @@
 #include <array>
 #include <csignal>
 #include <filesystem>
+#include <fstream>
 #include <sstream>
+#include <stdexcept>
+#include <utility>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -72,6 +75,14 @@ class RunningCommand {
   }
 
   void signal(int number) const { kill(child_, number); }
+  /// The one process that the command has started.
+  pid_t child() const {
+    const auto process = std::to_string(child_);
+    std::ifstream children("/proc/" + process + "/task/" + process + "/children");
+    pid_t child = -1;
+    children >> child;
+    return child;
+  }
   std::string readLine() const {
     std::string line;
     for (char c = 0; read(output_, &c, 1) == 1 && c != '\n';) line += c;
@@ -186,10 +197,20 @@ TEST_F(VantrellctlAsRoot, EndsWith3WhenTheHelperIsNone) {
   EXPECT_EQ(tests::runProgram(kProgram, {"--spawn", "/bin/true", "run", "nop"}).status, 3);
 }
 
-/// Words of an operation that takes a while: many paths, each of which costs a message.
+/// Words of an operation that takes seconds and changes nothing: every path leads through a link to its own folder,
+/// time and again, whose target is as long as a path may be and goes to and fro all the way.
 Words longDeletion(const tests::TemporaryFolder& folder) {
+  constexpr std::size_t kLongestTarget = 4090;
+  constexpr int kMostLinks = 40;  // in one path
+  constexpr int kPaths = 1000;
+  folder.makeFolder("d");
+  std::string target;
+  while (target.size() + 5 < kLongestTarget) target += "d/../";
+  if (!std::filesystem::is_symlink(folder.path("l"))) folder.makeLink("l", target);
+  std::string name;
+  for (int i = 0; i < kMostLinks; ++i) name += "l/";
   Words words{"run", "delete-fileobjects", "1", "0"};
-  for (int i = 0; i < 20'000; ++i) words.push_back(folder.path("missing/") + std::to_string(i));
+  for (int i = 0; i < kPaths; ++i) words.push_back(folder.path(name) + "missing-" + std::to_string(i));
   return words;
 }
 
@@ -197,11 +218,19 @@ TEST_F(VantrellctlAsRoot, ASignalCancelsTheOperationAndItsAnswerIsAwaited) {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     RunningCommand command(spawning(Words{"--json"} + longDeletion(folder_)));
     EXPECT_EQ(command.readLine(), "{\"ProgressFraction\":0.0}");
+    // The helper stands still until the cancellation must have been sent.
+    const pid_t helper = command.child();
+    ASSERT_GT(helper, 0);
+    kill(helper, SIGSTOP);
     command.signal(signal);
+    usleep(200'000);
+    kill(helper, SIGCONT);
     const auto lines = linesOf(command.readRest());
     ASSERT_GE(lines.size(), 2u);
     EXPECT_EQ(lines[lines.size() - 2], (nlohmann::json{{"FinalFeedbackMessage", true}}));
-    EXPECT_EQ(lines.back()["result"]["code"], 89);
+    const auto& result = lines.back()["result"];
+    ASSERT_FALSE(result.is_null()) << "done before it was cancelled";
+    EXPECT_EQ(result["code"], 89);
     EXPECT_EQ(command.waitForStatus(), 1);
   }
 }

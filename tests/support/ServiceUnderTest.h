@@ -17,6 +17,7 @@
 #include "core/QELPrivilegedTool.h"
 #include "foundation/PropertyList.h"
 #include "host/Host.h"
+#include "host/linux/LinuxFileSystem.h"
 #include "host/linux/LinuxTransport.h"
 #include "tests/support/FakeHostParts.h"
 #include "tests/support/ListeningSocket.h"
@@ -47,7 +48,11 @@ class SocketTransport final : public host::Transport {
 /// The service in this process, on a real socket, with the test's operations; its end is noted instead of happening.
 class ServiceUnderTest {
  public:
-  ServiceUnderTest() : host_(host::makeHost()) {
+  /// With another file system than the real one, unless it is null.
+  explicit ServiceUnderTest(std::unique_ptr<host::FileSystem> fileSystem = nullptr) : host_(host::makeHost()) {
+    // Other parts of the host refer to the real one.
+    realFileSystem_ = std::move(host_.fileSystem);
+    host_.fileSystem = fileSystem ? std::move(fileSystem) : std::make_unique<host::LinuxFileSystem>();
     auto log = std::make_unique<RecordingLog>();
     log_ = log.get();
     host_.systemLog = std::move(log);
@@ -89,6 +94,7 @@ class ServiceUnderTest {
 
  private:
   ListeningSocket socket_;
+  std::unique_ptr<host::FileSystem> realFileSystem_;
   host::Host host_;
   RecordingLog* log_;
   FakeCurrentProcess* process_;
