@@ -7,9 +7,10 @@
 //   foundation/   values, errors, property lists, the operation queue, the file manager, the log handle
 //   host/         what the operating system supplies, one interface a role; host/linux/ and host/macos/ implement them
 //   macho/        executables read down to their sections; the digest that request keys derive from
-//   platform/     the operating system's version
+//   platform/     the operating system's version, running processes
 //   catalogue/    every operation described once; names, checks and refusals that derive from that; request envelopes
 //   fileops/      removal, protection and inspection of file-system objects
+//   process/      child programs with relayed output, the utilities that may be run
 //   core/         this process: entry, service object, client registry, token check, dispatch, feedback, implementor
 //   client/       the requesting side: library and vantrellctl (not part of this executable)
 //   resources/    the two property lists embedded in this executable
