@@ -3,15 +3,14 @@
 
 // The helper's executables, as the service manager and a person would start them.
 
-#include <fstream>
-
 #include <gtest/gtest.h>
-#include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "foundation/PropertyList.h"
 #include "host/Host.h"
 #include "host/linux/LinuxMainBundle.h"
+#include "tests/support/PrivateBus.h"
 #include "tests/support/RunProgram.h"
 
 namespace vantrell {
@@ -143,6 +142,31 @@ TEST_F(HelperServiceAsRoot, KeepsRunningWithoutAnyRegistration) {
     EXPECT_EQ((*connection)->getVersionString(), "2.5");
   }
   EXPECT_EQ((*service)->waitForExit(std::chrono::milliseconds(300)), std::nullopt);
+}
+
+TEST_F(HelperServiceAsRoot, ServesOnTheMessageBusWhereNoSocketIsPassed) {
+  const tests::PrivateBus bus;
+  if (!bus.isRunning()) GTEST_SKIP() << "there is no dbus-daemon here";
+  const pid_t helper = fork();
+  if (helper == 0) {
+    execl(kHelper.c_str(), kHelper.c_str(), nullptr);
+    _exit(127);
+  }
+  const std::string service = VANTRELL_VENDOR_DOMAIN_PREFIX ".system.privilegedtool-lm4";
+  auto connection = host_.clientTransport->connectToServiceOnBus(service);
+  ASSERT_TRUE(connection);
+  Result<std::string> version = posixFailure(2);
+  for (int i = 0; i < 1000 && !version; ++i) {  // until it has the name
+    version = (*connection)->getVersionString();
+    if (!version) usleep(10000);
+  }
+  EXPECT_EQ(version, "2.5");
+  EXPECT_TRUE((*connection)->registerClientWithPID(1));
+  EXPECT_EQ((*connection)->unregisterClientWithPID(1), std::nullopt);
+  int status = 0;
+  EXPECT_EQ(waitpid(helper, &status, 0), helper);
+  EXPECT_TRUE(WIFEXITED(status));
+  EXPECT_EQ(WEXITSTATUS(status), 0);
 }
 
 }  // namespace

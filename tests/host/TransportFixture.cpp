@@ -83,45 +83,6 @@ bool FeedbackCollector::waitForCount(std::size_t count) const {
   return changed_.wait_for(lock, kPatience, [&] { return messages_.size() >= count; });
 }
 
-PrivateBus::PrivateBus() {
-  const std::string socket = folder_.path() + "/bus";
-  const std::string configuration = folder_.path() + "/bus.conf";
-  std::ofstream(configuration) << "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\"\n"
-                                  " \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
-                                  "<busconfig><listen>unix:path="
-                               << socket
-                               << "</listen><auth>EXTERNAL</auth>"
-                                  "<policy context=\"default\"><allow user=\"*\"/><allow own=\"*\"/>"
-                                  "<allow send_destination=\"*\" eavesdrop=\"false\"/>"
-                                  "<allow receive_sender=\"*\"/></policy>"
-                                  "<limit name=\"max_message_size\">134217728</limit></busconfig>\n";
-  pid_ = fork();
-  if (pid_ == 0) {
-    // It complains there about limits that only a system's own bus may raise.
-    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
-    dup2(nowhere, STDERR_FILENO);
-    const std::string argument = "--config-file=" + configuration;
-    execlp("dbus-daemon", "dbus-daemon", argument.c_str(), "--nofork", "--nopidfile", nullptr);
-    _exit(127);
-  }
-  for (int i = 0; i < 1000; ++i) {
-    if (rawConnection(socket)) {
-      setenv("DBUS_SYSTEM_BUS_ADDRESS", host::unixAddressOfPath(socket).c_str(), 1);
-      return;
-    }
-    if (waitpid(pid_, nullptr, WNOHANG) == pid_) break;
-    usleep(10000);
-  }
-  pid_ = -1;
-}
-
-PrivateBus::~PrivateBus() {
-  if (pid_ <= 0) return;
-  unsetenv("DBUS_SYSTEM_BUS_ADDRESS");
-  kill(pid_, SIGTERM);
-  waitpid(pid_, nullptr, 0);
-}
-
 ServiceOnWire::ServiceOnWire(Kind kind, const host::TransportLimits& limits) : transport(log, limits), kind_(kind) {
   if (kind == Kind::Bus) bus_ = std::make_unique<PrivateBus>();
 }

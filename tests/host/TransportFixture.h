@@ -20,6 +20,7 @@
 #include "host/linux/FileDescriptor.h"
 #include "host/linux/LinuxClientTransport.h"
 #include "host/linux/LinuxTransport.h"
+#include "tests/support/PrivateBus.h"
 #include "tests/support/RecordingLog.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -73,18 +74,6 @@ class FeedbackCollector {
   mutable std::mutex mutex_;
   mutable std::condition_variable changed_;
   std::vector<Dictionary> messages_;
-};
-
-/// A message bus of this test's own, which passes for the system's.
-class PrivateBus {
- public:
-  PrivateBus();
-  ~PrivateBus();
-  bool isRunning() const noexcept { return pid_ > 0; }
-
- private:
-  TemporaryFolder folder_;
-  pid_t pid_ = -1;
 };
 
 /// A service on a socket or on a message bus of its own, and connections to it.
