@@ -12,6 +12,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "catalogue/ErrorModel.h"
 #include "foundation/PosixCodes.h"
 #include "tests/endtoend/SystemProgramsFixture.h"
 #include "tests/support/RunProgram.h"
@@ -138,6 +139,14 @@ TEST_F(SystemProgramsAsRoot, AUtilityThatOthersMayChangeDoesNotRun) {
   EXPECT_FALSE(exists(mark));
   EXPECT_EQ(execute("ditto", {}).result, std::nullopt);
   EXPECT_TRUE(exists(mark)) << "then the refusals show nothing";
+}
+
+TEST_F(SystemProgramsAsRoot, AUtilityThatCannotBeExecutedRaisesWhichIsError8) {
+  folders_->putScript("/usr/bin/ditto", "exit 0");
+  ASSERT_EQ(chmod("/usr/bin/ditto", 0644), 0);
+  const auto result = execute("ditto", {}).result;
+  EXPECT_EQ(result, privileged_tool_error::unhandledException("execute-utility", "NSInvalidArgumentException",
+                                                              "launch path not accessible"));
 }
 
 TEST_F(SystemProgramsAsRoot, BothStreamsShareOneCountWhichBeginsAnewWithEachRun) {
