@@ -26,6 +26,7 @@ class ListeningSocket {
     }
     folder_ = folder;
     path_ = folder_ + "/socket";
+    address_ = "unix:path=" + path_;
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     path_.copy(address.sun_path, sizeof address.sun_path - 1);
@@ -48,10 +49,7 @@ class ListeningSocket {
   int release() { return std::exchange(descriptor_, -1); }
   const std::string& path() const { return path_; }
   const std::string& folder() const { return folder_; }
-  const std::string& address() {
-    if (address_.empty()) address_ = "unix:path=" + path_;
-    return address_;
-  }
+  const std::string& address() const { return address_; }
 
  private:
   std::string folder_;
