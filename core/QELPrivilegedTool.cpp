@@ -46,10 +46,7 @@ void QELPrivilegedTool::prepareToListen() {
   operationQueue_ = std::make_unique<OperationQueue>();
 }
 
-QELPrivilegedTool::~QELPrivilegedTool() {
-  listener_.reset();
-  operationQueue_.reset();
-}
+QELPrivilegedTool::~QELPrivilegedTool() = default;
 
 std::unique_ptr<QELPrivilegedOperationSetImplementor> QELPrivilegedTool::makeImplementor() {
   const auto* make = classes_.implementorClass(operationSet_.nameOfImplementationClass());

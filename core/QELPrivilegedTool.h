@@ -112,12 +112,12 @@ class QELPrivilegedTool final : public QELPrivilegedToolProtocol, public host::L
   host::Host& host_;
   const ClassRegistry& classes_;
   NSProcessInfoQELAdditions processInfo_;
-  std::unique_ptr<host::Listener> listener_;
-  ErrorOrNil listenerError_;
   ClientRegistry clients_;
   std::optional<Data> keyPrefix_;
   ActiveOperations activeOperations_;
   std::unique_ptr<OperationQueue> operationQueue_;
+  ErrorOrNil listenerError_;
+  std::unique_ptr<host::Listener> listener_;  // goes first: its threads use everything above, and itself to the end
 };
 
 }  // namespace vantrell
