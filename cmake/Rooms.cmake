@@ -37,6 +37,14 @@ function(vantrell_host system)
   target_compile_definitions(vantrell_host
                              PRIVATE VANTRELL_VENDOR_DOMAIN_PREFIX="${VANTRELL_VENDOR_DOMAIN_PREFIX}")
   if(system STREQUAL "linux")
-    target_link_libraries(vantrell_host PRIVATE PkgConfig::SYSTEMD PkgConfig::NETTLE PkgConfig::ELF)
+    target_link_libraries(vantrell_host PRIVATE PkgConfig::SYSTEMD PkgConfig::NETTLE PkgConfig::ELF
+                                                PkgConfig::ACL)
+    # A library of its own: nothing in it needs the rest of the host.
+    file(GLOB codesign CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/host/linux/codesign/*.cpp)
+    if(codesign)
+      add_library(vantrell_codesign STATIC ${codesign})
+      target_link_libraries(vantrell_codesign PUBLIC vantrell_macho PkgConfig::CRYPTO Threads::Threads)
+      target_link_libraries(vantrell_host PRIVATE vantrell_codesign)
+    endif()
   endif()
 endfunction()

@@ -58,6 +58,12 @@ class ChildProcess {
   virtual std::int32_t identifier() const noexcept = 0;
 };
 
+/// While one exists, this process's file-creation mask is 0.
+class OpenFileCreationMask {
+ public:
+  virtual ~OpenFileCreationMask() = default;
+};
+
 /// Starts programs, and keeps the environment that they inherit. Safe from any thread.
 class ChildProcesses {
  public:
@@ -78,6 +84,10 @@ class ChildProcesses {
   /// building of a child's environment.
   virtual void setSearchPath(const std::optional<std::string>& path) = 0;
   virtual std::optional<std::string> searchPath() = 0;
+
+  /// Masks nothing in the creation of files from now until the last of these objects has gone; the mask that was is
+  /// then restored, and children launched meanwhile have it all the same.
+  virtual std::unique_ptr<OpenFileCreationMask> openFileCreationMask() = 0;
 
   /// Writes to this process's own standard output or error; failures are ignored.
   virtual void writeToOwnStream(ChildStream stream, DataView bytes) noexcept = 0;

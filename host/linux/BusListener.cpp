@@ -110,6 +110,7 @@ std::shared_ptr<BusListener::Caller> BusListener::callerNamed(const char* sender
     callersToPurgeAt_ = std::max<std::size_t>(64, 2 * callers_.size());
   }
   auto caller = std::make_shared<Caller>();
+  caller->maximumUnansweredBytes = limits_.unansweredBytes;
   callers_[sender] = caller;
   return caller;
 }

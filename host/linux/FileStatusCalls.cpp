@@ -3,8 +3,6 @@
 
 #include "host/linux/FileStatusCalls.h"
 
-#include <string>
-
 #include <fcntl.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
@@ -12,6 +10,7 @@
 #include <sys/sysmacros.h>
 
 #include "foundation/PosixCodes.h"
+#include "host/linux/DescriptorPath.h"
 #include "host/linux/ErrorNumbers.h"
 #include "host/linux/FileDescriptor.h"
 
@@ -33,8 +32,8 @@ constexpr std::uint32_t kKnownFlags = file_flags::kUserNoDump | file_flags::kUse
 constexpr std::uint64_t kKnownAttributes = STATX_ATTR_NODUMP | STATX_ATTR_IMMUTABLE | STATX_ATTR_APPEND;
 constexpr unsigned kKnownInodeFlags = FS_NODUMP_FL | FS_IMMUTABLE_FL | FS_APPEND_FL;
 
-constexpr unsigned kStatusMask =
-    STATX_TYPE | STATX_MODE | STATX_NLINK | STATX_UID | STATX_GID | STATX_ATIME | STATX_MTIME | STATX_INO | STATX_SIZE;
+constexpr unsigned kStatusMask = STATX_TYPE | STATX_MODE | STATX_NLINK | STATX_UID | STATX_GID | STATX_ATIME |
+                                 STATX_MTIME | STATX_BTIME | STATX_INO | STATX_SIZE;
 
 FileType fileTypeOf(const struct statx& status) {
   switch (status.stx_mode & S_IFMT) {
@@ -69,8 +68,10 @@ FileStatus fileStatusOf(const struct statx& status) {
   result.inode = status.stx_ino;
   result.links = status.stx_nlink;
   result.size = status.stx_size;
+  result.specialDevice = makedev(status.stx_rdev_major, status.stx_rdev_minor);
   result.accessed = {status.stx_atime.tv_sec, status.stx_atime.tv_nsec};
   result.modified = {status.stx_mtime.tv_sec, status.stx_mtime.tv_nsec};
+  if (status.stx_mask & STATX_BTIME) result.created = {status.stx_btime.tv_sec, status.stx_btime.tv_nsec};
   return result;
 }
 
@@ -119,7 +120,11 @@ ErrorOrNil writeFileFlags(int folder, const char* name, FollowLinks follow, std:
   // A location only: it pins the object without opening it, so that what is examined is what is opened afterwards.
   const FileDescriptor location(openat(folder, name, O_PATH | O_CLOEXEC | noFollow));
   if (!location) return errorFromErrno();
-  const auto status = callStatx(location.get(), "", AT_EMPTY_PATH);
+  return writePinnedFlags(location.get(), flags);
+}
+
+ErrorOrNil writePinnedFlags(int location, std::uint32_t flags) {
+  const auto status = callStatx(location, "", AT_EMPTY_PATH);
   if (!status) return status.error();
   switch (flagChangeNeeded(*status, flags)) {
     case FlagChange::None:
@@ -129,24 +134,9 @@ ErrorOrNil writeFileFlags(int folder, const char* name, FollowLinks follow, std:
     case FlagChange::ViaInode:
       break;
   }
-  const auto link = "/proc/self/fd/" + std::to_string(location.get());
-  const FileDescriptor object(open(link.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  const FileDescriptor object(open(DescriptorPath(location).get(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   if (!object) return errorFromErrno();
   return writeInodeFlags(object.get(), flags);
-}
-
-ErrorOrNil writeOpenFolderFlags(int folder, std::uint32_t flags) {
-  const auto status = callStatx(folder, "", AT_EMPTY_PATH);
-  if (!status) return status.error();
-  switch (flagChangeNeeded(*status, flags)) {
-    case FlagChange::None:
-      return std::nullopt;
-    case FlagChange::Impossible:
-      return Error::posix(posix::kNotSupported);
-    case FlagChange::ViaInode:
-      return writeInodeFlags(folder, flags);
-  }
-  return std::nullopt;
 }
 
 }  // namespace vantrell::host

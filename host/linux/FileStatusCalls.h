@@ -19,7 +19,7 @@ Result<FileStatus> readFileStatus(int folder, const char* name, int extraFlags);
 /// named pipe may act on being opened.
 ErrorOrNil writeFileFlags(int folder, const char* name, FollowLinks follow, std::uint32_t flags);
 
-/// The same for a folder that is open already.
-ErrorOrNil writeOpenFolderFlags(int folder, std::uint32_t flags);
+/// The same for an object that is held already, be it by a descriptor that is a location only.
+ErrorOrNil writePinnedFlags(int location, std::uint32_t flags);
 
 }  // namespace vantrell::host

@@ -27,6 +27,16 @@ IncomingCall::~IncomingCall() {
 void IncomingCall::settle() noexcept {
   message_.reset();
   --account_->unanswered;
+  account_->unansweredBytes -= charged_;
+}
+
+bool IncomingCall::charge(std::size_t bytes) {
+  if (!message_) return true;
+  const BusChannel::Lock lock = channel_->lock();
+  if (bytes > account_->maximumUnansweredBytes - account_->unansweredBytes) return false;
+  account_->unansweredBytes += bytes;
+  charged_ += bytes;
+  return true;
 }
 
 BusMessage IncomingCall::makeReply() const {

@@ -18,6 +18,8 @@ enum class ServiceMethod : std::uint8_t { GetVersion, Register, Unregister, Perf
 /// What one client has under way. Guarded by its channel's lock.
 struct ClientAccount {
   std::size_t unanswered = 0;
+  std::size_t unansweredBytes = 0;
+  std::size_t maximumUnansweredBytes = SIZE_MAX;
 };
 
 /// A client's request from its arrival to its answer. Dropped without an answer, it leaves the client without one.
@@ -35,6 +37,10 @@ class IncomingCall {
   ServiceMethod method() const noexcept { return method_; }
   /// To be read by the owner of the call.
   sd_bus_message* message() const noexcept { return message_.get(); }
+
+  /// Counts what the request holds in memory against its client, until it is answered. False, and nothing is counted,
+  /// where the client then had too much under way.
+  bool charge(std::size_t bytes);
 
   /// Answers with what `write(WireWriter&)` appends. Only the first answer or refusal counts.
   template <class Write>
@@ -63,6 +69,7 @@ class IncomingCall {
   std::shared_ptr<ClientAccount> account_;
   ServiceMethod method_;
   BusMessage message_;
+  std::size_t charged_ = 0;
 };
 
 }  // namespace vantrell::host

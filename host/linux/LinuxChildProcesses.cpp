@@ -8,9 +8,14 @@
 #include <csignal>
 #include <cstdlib>
 #include <ctime>
+#include <mutex>
+#include <system_error>
+#include <thread>
 #include <utility>
 
 #include <poll.h>
+#include <sched.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -39,6 +44,32 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts) {
   for (auto& text : texts) pointers.push_back(text.data());
   pointers.push_back(nullptr);
   return pointers;
+}
+
+std::vector<std::string> environment() {
+  std::vector<std::string> variables;
+  for (char** variable = environ; variable && *variable; ++variable) variables.emplace_back(*variable);
+  return variables;
+}
+
+// The mask is the process's own unless a thread takes leave of it, which can't be undone: hence one that ends with this
+// call. Nobody else sees the mask change. Answers what `call` does, or an error number of its own.
+template <class Call>
+int callWithOwnMask(mode_t mask, const Call& call) {
+  int result = 0;
+  try {
+    std::thread([&] {
+      if (unshare(CLONE_FS) != 0) {
+        result = errno;
+        return;
+      }
+      umask(mask);
+      result = call();
+    }).join();
+  } catch (const std::system_error& error) {
+    return error.code().value();
+  }
+  return result;
 }
 
 // The child's own ends are closed by now, so another thread must have taken the last descriptors this very moment.
@@ -98,12 +129,18 @@ Result<std::unique_ptr<ChildProcess>> LinuxChildProcesses::launch(const std::str
   if (holdsZeroByte(path) || std::ranges::any_of(arguments, holdsZeroByte)) return errnoFailure(EINVAL);
   std::vector<std::string> words{path};
   words.insert(words.end(), arguments.begin(), arguments.end());
-  auto variables = environment();
   const SpawnSettings settings(pipes->input.reading.get(), pipes->output.writing.get(), pipes->error.writing.get());
   if (settings.problem() != 0) return errnoFailure(settings.problem());
   pid_t child = -1;
-  const int problem = posix_spawn(&child, path.c_str(), settings.actions(), settings.attributes(),
-                                  pointersTo(words).data(), pointersTo(variables).data());
+  const int problem = [&] {
+    const std::shared_lock lock(mutex_);
+    auto variables = environment();
+    const auto spawn = [&] {
+      return posix_spawn(&child, path.c_str(), settings.actions(), settings.attributes(), pointersTo(words).data(),
+                         pointersTo(variables).data());
+    };
+    return openMasks_ == 0 ? spawn() : callWithOwnMask(formerMask_, spawn);
+  }();
   if (problem != 0) return errnoFailure(problem);
   pipes->closeChildEnds();
   FileDescriptor process(pidfd_open(child, 0));
@@ -115,11 +152,29 @@ Result<std::unique_ptr<ChildProcess>> LinuxChildProcesses::launch(const std::str
   return std::make_unique<LinuxChildProcess>(child, std::move(process), std::move(pipes));
 }
 
-std::vector<std::string> LinuxChildProcesses::environment() {
+class LinuxChildProcesses::OpenMask final : public OpenFileCreationMask {
+ public:
+  explicit OpenMask(LinuxChildProcesses& owner) : owner_(owner) { owner_.openMask(); }
+  OpenMask(const OpenMask&) = delete;
+  OpenMask& operator=(const OpenMask&) = delete;
+  ~OpenMask() override { owner_.restoreMask(); }
+
+ private:
+  LinuxChildProcesses& owner_;
+};
+
+std::unique_ptr<OpenFileCreationMask> LinuxChildProcesses::openFileCreationMask() {
+  return std::make_unique<OpenMask>(*this);
+}
+
+void LinuxChildProcesses::openMask() {
   const std::lock_guard lock(mutex_);
-  std::vector<std::string> variables;
-  for (char** variable = environ; variable && *variable; ++variable) variables.emplace_back(*variable);
-  return variables;
+  if (openMasks_++ == 0) formerMask_ = umask(0);
+}
+
+void LinuxChildProcesses::restoreMask() {
+  const std::lock_guard lock(mutex_);
+  if (--openMasks_ == 0) umask(formerMask_);
 }
 
 void LinuxChildProcesses::setSearchPath(const std::optional<std::string>& path) {
@@ -132,7 +187,7 @@ void LinuxChildProcesses::setSearchPath(const std::optional<std::string>& path) 
 }
 
 std::optional<std::string> LinuxChildProcesses::searchPath() {
-  const std::lock_guard lock(mutex_);
+  const std::shared_lock lock(mutex_);
   const char* path = std::getenv(kSearchPath);
   return path ? std::optional<std::string>(path) : std::nullopt;
 }

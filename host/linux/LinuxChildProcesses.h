@@ -3,7 +3,10 @@
 
 #pragma once
 
-#include <mutex>
+#include <memory>
+#include <shared_mutex>
+
+#include <sys/types.h>
 
 #include "host/ChildProcesses.h"
 
@@ -20,12 +23,20 @@ class LinuxChildProcesses final : public ChildProcesses {
                                                std::unique_ptr<ChildPipes> pipes) override;
   void setSearchPath(const std::optional<std::string>& path) override;
   std::optional<std::string> searchPath() override;
+  /// Counted for this object, which must outlive them: one process keeps one.
+  std::unique_ptr<OpenFileCreationMask> openFileCreationMask() override;
   void writeToOwnStream(ChildStream stream, DataView bytes) noexcept override;
 
  private:
-  std::vector<std::string> environment();
+  class OpenMask;
 
-  std::mutex mutex_;  // guards the environment of this process
+  void openMask();
+  void restoreMask();
+
+  // Guards environment and file-creation mask of this process. A launch shares it until the child has both.
+  std::shared_mutex mutex_;
+  unsigned openMasks_ = 0;
+  mode_t formerMask_ = 0;  // while there are open masks
 };
 
 }  // namespace vantrell::host

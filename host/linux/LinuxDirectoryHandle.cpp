@@ -3,16 +3,18 @@
 
 #include "host/linux/LinuxDirectoryHandle.h"
 
-#include <cstring>
-
 #include <dirent.h>
 #include <fcntl.h>
 #include <linux/openat2.h>
 #include <sys/syscall.h>
 
 #include "foundation/PosixCodes.h"
+#include "host/linux/EntryNames.h"
 #include "host/linux/ErrorNumbers.h"
 #include "host/linux/FileStatusCalls.h"
+#include "host/linux/LinkTarget.h"
+#include "host/linux/LinuxFileStreams.h"
+#include "host/linux/LinuxObjectHandle.h"
 
 namespace vantrell::host {
 namespace {
@@ -20,13 +22,6 @@ namespace {
 constexpr std::size_t kBufferSize = 32 << 10;
 // O_NONBLOCK never matters for a folder; it does for what a name may have become meanwhile.
 constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-
-bool isDotOrDotDot(const char* name) {
-  return name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0));
-}
-bool isEntryName(const char* name) {
-  return name && *name && !isDotOrDotDot(name) && !std::strchr(name, '/');
-}
 
 FileType fileTypeOfEntry(unsigned char type) {
   switch (type) {
@@ -77,6 +72,11 @@ Result<FileStatus> LinuxDirectoryHandle::status() const {
 Result<FileStatus> LinuxDirectoryHandle::statusOf(const char* name, FollowLinks follow) const {
   if (!isEntryName(name)) return posixFailure(posix::kInvalidArgument);
   return readFileStatus(folder_.get(), name, follow == FollowLinks::No ? AT_SYMLINK_NOFOLLOW : 0);
+}
+
+Result<std::unique_ptr<ObjectHandle>> LinuxDirectoryHandle::openObject(const char* name, FollowLinks follow) const {
+  if (!isEntryName(name)) return posixFailure(posix::kInvalidArgument);
+  return openLinuxObject(folder_.get(), name, follow);
 }
 
 Result<std::unique_ptr<DirectoryHandle>> LinuxDirectoryHandle::openDirectory(const char* name,
@@ -130,7 +130,7 @@ void LinuxDirectoryHandle::setPosition(std::uint64_t position) {
 }
 
 ErrorOrNil LinuxDirectoryHandle::setFlags(std::uint32_t flags) {
-  return writeOpenFolderFlags(folder_.get(), flags);
+  return writePinnedFlags(folder_.get(), flags);
 }
 
 ErrorOrNil LinuxDirectoryHandle::setFlagsOf(const char* name, std::uint32_t flags, FollowLinks follow) {
@@ -148,6 +148,16 @@ ErrorOrNil LinuxDirectoryHandle::removeDirectory(const char* name) {
   if (!isEntryName(name)) return Error::posix(posix::kInvalidArgument);
   if (unlinkat(folder_.get(), name, AT_REMOVEDIR) != 0) return errorFromErrno();
   return std::nullopt;
+}
+
+Result<std::string> LinuxDirectoryHandle::readLinkOf(const char* name) const {
+  if (!isEntryName(name)) return posixFailure(posix::kInvalidArgument);
+  return readLinkTarget(folder_.get(), name);
+}
+
+Result<std::unique_ptr<FileReader>> LinuxDirectoryHandle::openFile(const char* name) const {
+  if (!isEntryName(name)) return posixFailure(posix::kInvalidArgument);
+  return openRegularFile(folder_.get(), name);
 }
 
 }  // namespace vantrell::host

@@ -3,16 +3,18 @@
 
 #include "host/linux/LinuxFileSystem.h"
 
-#include <climits>
-
 #include <fcntl.h>
 #include <unistd.h>
 
 #include "foundation/PosixCodes.h"
+#include "host/linux/EntryNames.h"
 #include "host/linux/ErrorNumbers.h"
 #include "host/linux/FileStatusCalls.h"
+#include "host/linux/LinkTarget.h"
 #include "host/linux/LinuxDirectoryHandle.h"
 #include "host/linux/LinuxFileContents.h"
+#include "host/linux/LinuxObjectHandle.h"
+#include "host/linux/PosixAccessControlList.h"
 
 namespace vantrell::host {
 namespace {
@@ -42,6 +44,28 @@ Result<std::unique_ptr<DirectoryHandle>> LinuxFileSystem::openDirectory(const st
   return std::make_unique<LinuxDirectoryHandle>(std::move(folder));
 }
 
+Result<Location> LinuxFileSystem::locate(const std::string& path) {
+  if (holdsZero(path)) return posixFailure(posix::kInvalidArgument);
+  const auto end = path.find_last_not_of('/') + 1;
+  const auto start = path.find_last_of('/', end == 0 ? 0 : end - 1) + 1;
+  if (start >= end) return posixFailure(posix::kInvalidArgument);
+  std::string name = path.substr(start, end - start);
+  if (isDotOrDotDot(name.c_str())) return posixFailure(posix::kInvalidArgument);
+  const std::string parent = start == 0 ? "." : path.substr(0, start);
+  FileDescriptor folder(open(parent.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  if (!folder) return errnoFailure();
+  return Location{std::make_unique<LinuxDirectoryHandle>(std::move(folder)), std::move(name)};
+}
+
+Result<std::unique_ptr<ObjectHandle>> LinuxFileSystem::openObject(const std::string& path, FollowLinks follow) {
+  if (holdsZero(path)) return posixFailure(posix::kInvalidArgument);
+  return openLinuxObject(AT_FDCWD, path.c_str(), follow);
+}
+
+Result<std::unique_ptr<AccessControlList>> LinuxFileSystem::accessControlListFromExternalForm(DataView bytes) {
+  return PosixAccessControlList::fromExternalForm(bytes);
+}
+
 ErrorOrNil LinuxFileSystem::removeFile(const std::string& path) {
   if (holdsZero(path)) return Error::posix(posix::kInvalidArgument);
   if (unlink(path.c_str()) != 0) return errorFromErrno();
@@ -56,12 +80,7 @@ ErrorOrNil LinuxFileSystem::removeDirectory(const std::string& path) {
 
 Result<std::string> LinuxFileSystem::readLink(const std::string& path) {
   if (holdsZero(path)) return posixFailure(posix::kInvalidArgument);
-  std::string target(PATH_MAX, '\0');
-  const ssize_t length = readlink(path.c_str(), target.data(), target.size());
-  if (length < 0) return errnoFailure();
-  if (static_cast<std::size_t>(length) == target.size()) return posixFailure(posix::kNameTooLong);
-  target.resize(static_cast<std::size_t>(length));
-  return target;
+  return readLinkTarget(AT_FDCWD, path.c_str());
 }
 
 Result<std::unique_ptr<FileContents>> LinuxFileSystem::loadFile(const std::string& path, std::uint64_t maximumSize) {

@@ -13,6 +13,10 @@ class LinuxFileSystem final : public FileSystem {
   Result<FileStatus> status(const std::string& path, FollowLinks follow) override;
   ErrorOrNil setFlags(const std::string& path, std::uint32_t flags, FollowLinks follow) override;
   Result<std::unique_ptr<DirectoryHandle>> openDirectory(const std::string& path, FollowLinks follow) override;
+  Result<Location> locate(const std::string& path) override;
+  Result<std::unique_ptr<ObjectHandle>> openObject(const std::string& path, FollowLinks follow) override;
+  const char* finderInfoAttributeName() const noexcept override { return "user.com.apple.FinderInfo"; }
+  Result<std::unique_ptr<AccessControlList>> accessControlListFromExternalForm(DataView bytes) override;
   ErrorOrNil removeFile(const std::string& path) override;
   ErrorOrNil removeDirectory(const std::string& path) override;
   Result<std::string> readLink(const std::string& path) override;

@@ -17,6 +17,7 @@ PeerConnection::PeerConnection(FileDescriptor socket, const TransportLimits& lim
       channel_(std::make_shared<BusChannel>()),
       account_(std::make_shared<ClientAccount>()) {
   channel_->setSparesUnread(true);
+  account_->maximumUnansweredBytes = limits_.unansweredBytes;
 }
 
 PeerConnection::~PeerConnection() {

@@ -14,6 +14,8 @@ struct TransportLimits {
   std::size_t connections = 1024;
   /// Of one client; further requests are answered with an error.
   std::size_t unansweredRequests = 4096;
+  /// Of one client, about: tokens and arguments of its unanswered requests. Further ones are answered with an error.
+  std::size_t unansweredBytes = std::size_t{256} << 20;
   /// Of one client; while more answers than that wait, its requests are left in the socket.
   std::size_t waitingAnswerBytes = std::size_t{64} << 20;
   /// Of one feedback connection; a sender waits at this bound.

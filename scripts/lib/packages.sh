@@ -10,12 +10,12 @@ packages_for() {
   case $1 in
     build)
       echo g++ cmake ninja-build pkg-config ccache \
-        libsystemd-dev nettle-dev libexpat1-dev libfmt-dev libcli11-dev nlohmann-json3-dev libelf-dev libacl1-dev
+        libsystemd-dev nettle-dev libexpat1-dev libfmt-dev libcli11-dev nlohmann-json3-dev libelf-dev libacl1-dev libssl-dev
       ;;
     test)
       echo libgtest-dev libgmock-dev libbenchmark-dev librapidcheck-dev libplist-dev \
         clang-19 libclang-rt-19-dev lld-19 llvm-19 \
-        dbus dbus-daemon acl attr e2fsprogs strace python3
+        dbus dbus-daemon acl attr e2fsprogs strace python3 openssl
       ;;
     demo) echo systemd e2fsprogs ;;
     format) echo clang-format ;;

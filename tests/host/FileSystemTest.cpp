@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
-#include <functional>
 #include <memory>
 #include <set>
 #include <string>
@@ -20,57 +19,22 @@
 
 #include "foundation/PosixCodes.h"
 #include "host/FileSystem.h"
-#include "host/linux/LinuxFileSystem.h"
-#include "tests/support/FlagOverlayFileSystem.h"
+#include "tests/host/FileSystemContract.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace vantrell {
 namespace {
 
 using host::DirectoryHandle;
-using host::FileSystem;
 using host::FileType;
 using host::FollowLinks;
 using host::MountPoints;
-using tests::FlagOverlayFileSystem;
+using tests::codeOf;
 using tests::TemporaryFolder;
 namespace file_flags = host::file_flags;
 
-// The decorated file system and what it decorates live together.
-struct Candidate {
-  std::unique_ptr<FileSystem> base;
-  std::unique_ptr<FileSystem> fileSystem;
-};
-struct Implementation {
-  const char* name;
-  std::function<Candidate()> make;
-};
-
-Candidate makeLinux() {
-  return {nullptr, std::make_unique<host::LinuxFileSystem>()};
-}
-Candidate makeOverlay() {
-  auto base = std::make_unique<host::LinuxFileSystem>();
-  auto overlay = std::make_unique<FlagOverlayFileSystem>(*base);
-  return {std::move(base), std::move(overlay)};
-}
-const auto kImplementations =
-    testing::Values(Implementation{"Linux", makeLinux}, Implementation{"FlagOverlay", makeOverlay});
-std::string nameOf(const testing::TestParamInfo<Implementation>& info) {
-  return info.param.name;
-}
-
-class FileSystemContract : public testing::TestWithParam<Implementation> {
- protected:
-  Candidate candidate_ = GetParam().make();
-  FileSystem& fileSystem_ = *candidate_.fileSystem;
-  TemporaryFolder folder_;
-
-  std::unique_ptr<DirectoryHandle> open(const std::string& path) {
-    return std::move(fileSystem_.openDirectory(path, FollowLinks::No).value());
-  }
-};
-INSTANTIATE_TEST_SUITE_P(All, FileSystemContract, kImplementations, nameOf);
+class FileSystemContract : public tests::FileSystemContractBase {};
+INSTANTIATE_TEST_SUITE_P(All, FileSystemContract, tests::fileSystemImplementations(), tests::implementationName);
 
 // The same where setting flags takes root.
 class FileSystemFlagsContractAsRoot : public FileSystemContract {
@@ -79,15 +43,8 @@ class FileSystemFlagsContractAsRoot : public FileSystemContract {
     if (geteuid() != 0) GTEST_SKIP() << "only root may set the immutable flag";
   }
 };
-INSTANTIATE_TEST_SUITE_P(All, FileSystemFlagsContractAsRoot, kImplementations, nameOf);
-
-std::int64_t codeOf(const ErrorOrNil& error) {
-  return !error ? 0 : error->isPosix() ? error->code() : -1;
-}
-template <class T>
-std::int64_t codeOf(const Result<T>& result) {
-  return result ? 0 : codeOf(ErrorOrNil(result.error()));
-}
+INSTANTIATE_TEST_SUITE_P(All, FileSystemFlagsContractAsRoot, tests::fileSystemImplementations(),
+                         tests::implementationName);
 
 std::vector<std::string> namesLeft(DirectoryHandle& handle) {
   std::vector<std::string> names;

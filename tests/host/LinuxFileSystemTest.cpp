@@ -158,6 +158,19 @@ TEST(LinuxFileSystemTest, LeavesNoDescriptorBehind) {
     EXPECT_FALSE((*handle)->openDirectory("file", MountPoints::Refuse));
     EXPECT_TRUE((*handle)->openParent());
     (void)(*handle)->setFlagsOf("file", file_flags::kUserNoDump, FollowLinks::No);
+    EXPECT_TRUE(fileSystem.locate(folder.path("file")));
+    EXPECT_FALSE(fileSystem.locate(folder.path("file/x")));
+    EXPECT_TRUE(fileSystem.openObject(folder.path("file"), FollowLinks::No));
+    EXPECT_TRUE((*handle)->openObject("folder", FollowLinks::No).value()->openDirectory());
+    EXPECT_TRUE((*handle)->openFile("file"));
+    EXPECT_FALSE((*handle)->openFile("folder"));
+    EXPECT_TRUE((*handle)->createFile("new", 0600));
+    EXPECT_FALSE((*handle)->createFile("new", 0600));
+    EXPECT_FALSE((*handle)->makeDirectory("made", 02770));
+    EXPECT_FALSE((*handle)->setPermissionsOf("made", 0700));
+    EXPECT_FALSE((*handle)->setAccessControlListOf("made", nullptr));
+    EXPECT_FALSE((*handle)->removeDirectory("made"));
+    EXPECT_FALSE((*handle)->removeFile("new"));
     EXPECT_TRUE(fileSystem.loadFile(folder.path("file"), 1 << 20));
     EXPECT_FALSE(fileSystem.loadFile(folder.path("folder"), 1 << 20));
   }

@@ -9,6 +9,7 @@
 #include "host/linux/LinuxFileSystem.h"
 #include "host/linux/LinuxMainBundle.h"
 #include "tests/macho/ToolRunner.h"
+#include "tests/support/ForwardingFileSystem.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace vantrell::tests {
@@ -16,30 +17,19 @@ namespace vantrell::tests {
 namespace {
 
 /// Counts what is loaded.
-class CountingFileSystem final : public host::FileSystem {
+class CountingFileSystem final : public ForwardingFileSystem {
  public:
-  Result<host::FileStatus> status(const std::string& path, host::FollowLinks follow) override {
-    return real_.status(path, follow);
-  }
-  ErrorOrNil setFlags(const std::string& path, std::uint32_t flags, host::FollowLinks follow) override {
-    return real_.setFlags(path, flags, follow);
-  }
-  Result<std::unique_ptr<host::DirectoryHandle>> openDirectory(const std::string& path,
-                                                               host::FollowLinks follow) override {
-    return real_.openDirectory(path, follow);
-  }
-  ErrorOrNil removeFile(const std::string& path) override { return real_.removeFile(path); }
-  ErrorOrNil removeDirectory(const std::string& path) override { return real_.removeDirectory(path); }
-  Result<std::string> readLink(const std::string& path) override { return real_.readLink(path); }
+  CountingFileSystem() noexcept : ForwardingFileSystem(linux_) {}
+
   Result<std::unique_ptr<host::FileContents>> loadFile(const std::string& path, std::uint64_t maximumSize) override {
     ++loads;
-    return real_.loadFile(path, maximumSize);
+    return ForwardingFileSystem::loadFile(path, maximumSize);
   }
 
   int loads = 0;
 
  private:
-  host::LinuxFileSystem real_;
+  host::LinuxFileSystem linux_;
 };
 
 }  // namespace

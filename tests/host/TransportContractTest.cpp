@@ -308,6 +308,31 @@ TEST_P(TransportContract, BoundsTheUnansweredRequests) {
   EXPECT_TRUE(connection->getVersionString().has_value());
 }
 
+TEST_P(TransportContract, BoundsTheBytesOfUnansweredRequests) {
+  host::TransportLimits limits;
+  limits.unansweredBytes = 3 << 20;
+  connection_.reset();
+  wire_.listener.reset();
+  ServiceOnWire narrow(GetParam(), limits);
+  std::promise<Reply<ErrorOrNil>> firstReply;
+  narrow.service.onPerform = [&](TestService::Performed call) {
+    if (call.code == 1) return firstReply.set_value(std::move(call.reply));
+    call.reply(std::nullopt);
+  };
+  narrow.start();
+  const auto connection = narrow.connect();
+  const Array large{Data(2 << 20, 7)};
+  std::thread waiting([&] { EXPECT_TRUE(connection->performPrivilegedOperation(1, {}, nullptr, large).has_value()); });
+  auto reply = firstReply.get_future().get();
+  const auto refused = connection->performPrivilegedOperation(2, {}, nullptr, large);
+  ASSERT_FALSE(refused.has_value());
+  EXPECT_TRUE(refused.error().isPosix(posix::kNoBufferSpace));
+  EXPECT_TRUE(connection->performPrivilegedOperation(3, {}, nullptr, {}).has_value()) << "a small one is still taken";
+  reply(std::nullopt);
+  waiting.join();
+  EXPECT_TRUE(connection->performPrivilegedOperation(4, {}, nullptr, large).has_value()) << "an answer makes room";
+}
+
 TEST_P(TransportContract, ARefusedConnectionGetsNoService) {
   wire_.service.accepts = false;
   connection_.reset();

@@ -1,0 +1,27 @@
+// Copyright (c) 2026 Vantrell. All rights reserved.
+// SPDX-License-Identifier: LicenseRef-Vantrell
+
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "foundation/Error.h"
+#include "foundation/Result.h"
+#include "host/FileStatus.h"
+
+namespace vantrell::host {
+
+/// What is left out stays; nothing is done when both are. `flags` are fchownat's.
+ErrorOrNil writeOwner(int folder, const char* name, int flags, std::optional<std::uint32_t> owner,
+                      std::optional<std::uint32_t> group);
+
+/// Sets the low twelve mode bits of an object that is held by a location-only descriptor; see
+/// ObjectHandle::setPermissions.
+ErrorOrNil writePermissions(int location, std::uint16_t permissions);
+
+/// The mode bits alone, as the kernel takes them: an access control list's mask goes with the group's bits. For an
+/// object that was just created. Success without effect where the file system keeps no modes.
+ErrorOrNil writeModeOfNewObject(int location, std::uint16_t permissions);
+
+}  // namespace vantrell::host

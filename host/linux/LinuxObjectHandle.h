@@ -1,0 +1,40 @@
+// Copyright (c) 2026 Vantrell. All rights reserved.
+// SPDX-License-Identifier: LicenseRef-Vantrell
+
+#pragma once
+
+#include <utility>
+
+#include "host/ObjectHandle.h"
+#include "host/linux/FileDescriptor.h"
+
+namespace vantrell::host {
+
+/// Holds the object by a descriptor that is a location only (O_PATH).
+class LinuxObjectHandle final : public ObjectHandle {
+ public:
+  explicit LinuxObjectHandle(FileDescriptor location) noexcept : location_(std::move(location)) {}
+
+  Result<FileStatus> status() const override;
+  Result<std::uint16_t> ownPermissions(const FileStatus& status) const override;
+  Result<std::unique_ptr<DirectoryHandle>> openDirectory() const override;
+  ErrorOrNil setOwner(std::optional<std::uint32_t> owner, std::optional<std::uint32_t> group) override;
+  ErrorOrNil setPermissions(std::uint16_t permissions) override;
+  ErrorOrNil setFlags(std::uint32_t flags) override;
+  ErrorOrNil setTimes(std::optional<Date> accessed, std::optional<Date> modified) override;
+  ErrorOrNil touch() override;
+  Result<std::vector<std::string>> extendedAttributeNames(FSCompression compression) const override;
+  Result<Data> extendedAttribute(const std::string& name) const override;
+  ErrorOrNil setExtendedAttribute(const std::string& name, DataView value) override;
+  ErrorOrNil removeExtendedAttribute(const std::string& name, FSCompression compression) override;
+  Result<std::unique_ptr<AccessControlList>> accessControlList() const override;
+  ErrorOrNil setAccessControlList(const AccessControlList* list) override;
+
+ private:
+  FileDescriptor location_;
+};
+
+/// The object `name` in the open folder `folder` (or at a path, with AT_FDCWD).
+Result<std::unique_ptr<ObjectHandle>> openLinuxObject(int folder, const char* name, FollowLinks follow);
+
+}  // namespace vantrell::host

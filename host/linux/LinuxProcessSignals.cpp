@@ -1,0 +1,19 @@
+// Copyright (c) 2026 Vantrell. All rights reserved.
+// SPDX-License-Identifier: LicenseRef-Vantrell
+
+#include "host/linux/LinuxProcessSignals.h"
+
+#include <csignal>
+
+#include "foundation/PosixCodes.h"
+#include "host/linux/ErrorNumbers.h"
+
+namespace vantrell::host {
+
+ErrorOrNil LinuxProcessSignals::send(std::int32_t signal, std::int32_t toProcess) {
+  if (toProcess < 1) return Error::posix(posix::kInvalidArgument);
+  if (kill(toProcess, signal) != 0) return errorFromErrno();
+  return std::nullopt;
+}
+
+}  // namespace vantrell::host
