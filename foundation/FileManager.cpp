@@ -3,8 +3,6 @@
 
 #include "foundation/FileManager.h"
 
-#include <algorithm>
-#include <cstddef>
 #include <utility>
 
 #include "foundation/FileManagerErrors.h"
@@ -47,93 +45,84 @@ bool FileManager::fileExistsAtPath(const std::string& path, bool* isDirectory) {
 }
 
 Result<Dictionary> FileManager::attributesOfItemAtPath(const std::string& path) {
-  const auto status = fileSystem_.status(path, FollowLinks::No);
-  if (!status) return failure(fileReadingError(status.error(), path));
-  return Dictionary{{NSFileType, fileTypeText(status->type)},   {NSFileSize, status->size},
-                    {NSFileModificationDate, status->modified}, {NSFilePosixPermissions, status->permissions},
-                    {NSFileOwnerAccountID, status->owner},      {NSFileGroupOwnerAccountID, status->group},
-                    {NSFileReferenceCount, status->links},      {NSFileSystemNumber, status->device},
-                    {NSFileSystemFileNumber, status->inode}};
+  const auto object = fileSystem_.openObject(path, FollowLinks::No);
+  if (!object) return failure(fileReadingError(object.error(), path));
+  auto attributes = attributesOf(**object, fileSystem_.finderInfoAttributeName());
+  if (!attributes) return failure(fileReadingError(attributes.error(), path));
+  return attributes;
 }
 
-ErrorOrNil FileManager::removeItemAtPath(const std::string& given) {
-  // A slash at the end would have the kernel follow a link, and that folder's contents would go.
-  const std::string path(pathWithoutTrailingSlashes(given));
-  const auto status = fileSystem_.status(path, FollowLinks::No);
-  if (!status) return fileWritingError(status.error(), path, "Remove");
-  if (status->isDirectory()) {
-    if (auto refusal = refusalToRemoveFolderAtPath(path)) return refusal;
-    return removeTree(fileSystem_, path);
+ErrorOrNil FileManager::setAttributes(const Dictionary& attributes, const std::string& ofItemAtPath) {
+  const auto object = fileSystem_.openObject(ofItemAtPath, FollowLinks::Yes);
+  if (!object) return fileWritingError(object.error(), ofItemAtPath);
+  return setAttributes(attributes, **object, ofItemAtPath);
+}
+
+ErrorOrNil FileManager::setAttributes(const Dictionary& attributes, host::ObjectHandle& ofItem,
+                                      const std::string& path) {
+  const auto error = setAttributesOf(ofItem, attributes, fileSystem_.finderInfoAttributeName());
+  return error ? ErrorOrNil(fileWritingError(*error, path)) : std::nullopt;
+}
+
+ErrorOrNil FileManager::setHiddenState(bool hidden, const std::string& ofItemAtPath) {
+  const auto object = fileSystem_.openObject(ofItemAtPath, FollowLinks::Yes);
+  if (!object) return fileWritingError(object.error(), ofItemAtPath);
+  const auto error = setHiddenStateOf(**object, hidden, fileSystem_.finderInfoAttributeName());
+  return error ? ErrorOrNil(fileWritingError(*error, ofItemAtPath)) : std::nullopt;
+}
+
+Result<std::vector<std::string>> FileManager::contentsOfDirectoryAtPath(const std::string& path) {
+  const auto folder = fileSystem_.openDirectory(path, FollowLinks::Yes);
+  if (!folder) return failure(fileReadingError(folder.error(), path));
+  std::vector<std::string> names;
+  for (;;) {
+    const auto entry = (*folder)->next();
+    if (!entry) return failure(fileReadingError(entry.error(), path));
+    if (!*entry) return names;
+    names.emplace_back((*entry)->name);
   }
-  if (const auto error = fileSystem_.removeFile(path)) return fileWritingError(*error, path, "Remove");
+}
+
+FileManagerEnumerator FileManager::enumeratorAtPath(const std::string& path) {
+  auto folder = fileSystem_.openDirectory(path, FollowLinks::Yes);
+  return {folder ? std::move(*folder) : nullptr, path};
+}
+
+ErrorOrNil FileManager::removeItemAtPath(const std::string& path) {
+  auto location = fileSystem_.locate(path);
+  if (location) return removeItem(*location->folder, location->name, path);
+  // Of paths without a last component, folders are refused by name; what is left is no object at all.
+  const auto status = fileSystem_.status(path, FollowLinks::No);
+  if (status && status->isDirectory()) {
+    if (auto refusal = refusalToRemoveFolder(*status, path)) return refusal;
+  }
+  return fileWritingError(status ? location.error() : status.error(), path, "Remove");
+}
+
+ErrorOrNil FileManager::removeItem(host::DirectoryHandle& folder, const std::string& name, const std::string& path) {
+  const std::string shown(pathWithoutTrailingSlashes(path));
+  const auto status = folder.statusOf(name.c_str(), FollowLinks::No);
+  if (!status) return fileWritingError(status.error(), shown, "Remove");
+  if (status->isDirectory()) {
+    if (auto refusal = refusalToRemoveFolder(*status, shown)) return refusal;
+    return removeTree(folder, name, shown);
+  }
+  if (const auto error = folder.removeFile(name.c_str())) return fileWritingError(*error, shown, "Remove");
   return std::nullopt;
 }
 
 ErrorOrNil FileManager::refusalToRemoveFolderAtPath(const std::string& path) {
-  const auto name = lastPathComponent(path);
-  if (name == "." || name == "..") return fileWritingError(Error::posix(posix::kInvalidArgument), path, "Remove");
-  const auto object = fileSystem_.status(path, FollowLinks::No);
-  const auto root = fileSystem_.status("/", FollowLinks::No);
-  if (object && root && object->device == root->device && object->inode == root->inode)
-    return fileWritingError(Error::posix(posix::kBusy), path, "Remove");
-  return std::nullopt;
+  const auto status = fileSystem_.status(path, FollowLinks::No);
+  return status ? refusalToRemoveFolder(*status, path) : std::nullopt;
 }
 
-namespace {
-
-constexpr unsigned kMaximumLinks = 40;  // as the kernel's own bound
-
-// The components of a path one after the other, without copying what is left each time: links can make it long.
-class ComponentReader {
- public:
-  explicit ComponentReader(std::string path) : path_(std::move(path)) {}
-
-  /// Empty at the end.
-  std::string_view next() {
-    start_ = std::min(path_.find_first_not_of('/', end_), path_.size());
-    end_ = std::min(path_.find('/', start_), path_.size());
-    return std::string_view(path_).substr(start_, end_ - start_);
-  }
-  /// The last component read, and all after it.
-  std::string_view rest() const { return std::string_view(path_).substr(start_); }
-  /// What a link says in place of the last component read.
-  void replaceLast(const std::string& target) {
-    path_ = target + path_.substr(end_);
-    end_ = 0;
-  }
-
- private:
-  std::string path_;
-  std::size_t start_ = 0;
-  std::size_t end_ = 0;
-};
-
-}  // namespace
-
-std::string FileManager::stringByResolvingSymlinksInPath(const std::string& path) {
-  if (path.empty() || path.front() != '/') return path;
-  std::string resolved = "/";
-  ComponentReader reader(path);
-  unsigned links = 0;
-  for (;;) {
-    const auto component = reader.next();
-    if (component.empty()) return resolved;
-    if (component == ".") continue;
-    if (component == "..") {
-      resolved = stringByDeletingLastPathComponent(resolved);
-      continue;
-    }
-    auto candidate = stringByAppendingPathComponent(resolved, component);
-    const auto target = fileSystem_.readLink(candidate);
-    if (target && !target->empty() && ++links <= kMaximumLinks) {
-      if (target->front() == '/') resolved = "/";
-      reader.replaceLast(*target);
-    } else if (!target && target.error().isPosix(posix::kInvalidArgument)) {
-      resolved = std::move(candidate);  // exists and is no link
-    } else {
-      return stringByAppendingPathComponent(resolved, reader.rest());
-    }
-  }
+ErrorOrNil FileManager::refusalToRemoveFolder(const host::FileStatus& status, const std::string& path) {
+  const auto name = lastPathComponent(path);
+  if (name == "." || name == "..") return fileWritingError(Error::posix(posix::kInvalidArgument), path, "Remove");
+  const auto root = fileSystem_.status("/", FollowLinks::No);
+  if (root && status.device == root->device && status.inode == root->inode)
+    return fileWritingError(Error::posix(posix::kBusy), path, "Remove");
+  return std::nullopt;
 }
 
 }  // namespace vantrell

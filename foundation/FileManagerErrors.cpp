@@ -4,6 +4,7 @@
 #include "foundation/FileManagerErrors.h"
 
 #include <string>
+#include <utility>
 
 #include "foundation/PathUtilities.h"
 #include "foundation/PosixCodes.h"
@@ -42,20 +43,48 @@ const CocoaCodes* cocoaCodesFor(const Error& posixError) {
   return nullptr;
 }
 
+std::int64_t readingCode(const Error& posixError) {
+  const auto* codes = cocoaCodesFor(posixError);
+  return codes ? codes->reading : kReadUnknown;
+}
+std::int64_t writingCode(const Error& posixError) {
+  const auto* codes = cocoaCodesFor(posixError);
+  return codes ? codes->writing : kWriteUnknown;
+}
+
+Error cocoaError(std::int64_t code, const Error& posixError, std::string_view path, std::string_view variant = {}) {
+  Dictionary userInfo{{NSFilePathErrorKey, displayablePath(path)}, {NSUnderlyingErrorKey, posixError}};
+  if (!variant.empty()) userInfo.set(NSUserStringVariantErrorKey, Array{Value(variant)});
+  return {std::string(kCocoaErrorDomain), code, std::move(userInfo)};
+}
+
+Error withTransfer(const Error& error, const FileTransfer& transfer) {
+  auto userInfo = error.userInfo();
+  userInfo.set(NSSourceFilePathErrorKey, displayablePath(transfer.source));
+  userInfo.set(NSDestinationFilePathErrorKey, displayablePath(transfer.destination));
+  return {error.domain(), error.code(), std::move(userInfo)};
+}
+
 }  // namespace
 
 Error fileReadingError(const Error& posixError, std::string_view path) {
-  const auto* codes = cocoaCodesFor(posixError);
-  return {std::string(kCocoaErrorDomain), codes ? codes->reading : kReadUnknown,
-          Dictionary{{NSFilePathErrorKey, displayablePath(path)}, {NSUnderlyingErrorKey, posixError}}};
+  return cocoaError(readingCode(posixError), posixError, path);
+}
+
+Error fileWritingError(const Error& posixError, std::string_view path) {
+  return cocoaError(writingCode(posixError), posixError, path);
 }
 
 Error fileWritingError(const Error& posixError, std::string_view path, std::string_view variant) {
-  const auto* codes = cocoaCodesFor(posixError);
-  return {std::string(kCocoaErrorDomain), codes ? codes->writing : kWriteUnknown,
-          Dictionary{{NSFilePathErrorKey, displayablePath(path)},
-                     {NSUnderlyingErrorKey, posixError},
-                     {NSUserStringVariantErrorKey, Array{Value(variant)}}}};
+  return cocoaError(writingCode(posixError), posixError, path, variant);
+}
+
+Error fileTransferError(const Error& posixError, std::string_view failed, const FileTransfer& transfer) {
+  return withTransfer(cocoaError(writingCode(posixError), posixError, failed, transfer.variant), transfer);
+}
+
+Error fileTransferReadingError(const Error& posixError, std::string_view failed, const FileTransfer& transfer) {
+  return withTransfer(cocoaError(readingCode(posixError), posixError, failed, transfer.variant), transfer);
 }
 
 }  // namespace vantrell

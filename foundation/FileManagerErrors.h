@@ -13,7 +13,21 @@ namespace vantrell {
 /// NSFilePath (the object that failed) and NSUnderlyingError.
 Error fileReadingError(const Error& posixError, std::string_view path);
 
-/// The same for whatever changes objects; `variant`, such as "Remove", is NSUserStringVariant's only element.
+/// The same for whatever creates an object or changes its attributes.
+Error fileWritingError(const Error& posixError, std::string_view path);
+
+/// The same for removals; `variant`, such as "Remove", is NSUserStringVariant's only element.
 Error fileWritingError(const Error& posixError, std::string_view path, std::string_view variant);
+
+/// What leads from one path to another. NSFilePath is `failed`, and NSSourceFilePathErrorKey and NSDestinationFilePath
+/// stand beside it.
+struct FileTransfer {
+  std::string_view source;
+  std::string_view destination;
+  std::string_view variant;  // "Move", "Link"
+};
+Error fileTransferError(const Error& posixError, std::string_view failed, const FileTransfer& transfer);
+/// The same with the code of a failed reading.
+Error fileTransferReadingError(const Error& posixError, std::string_view failed, const FileTransfer& transfer);
 
 }  // namespace vantrell

@@ -37,6 +37,26 @@ std::string_view lastPathComponent(std::string_view path) {
   return slash == std::string_view::npos ? path : path.substr(slash + 1);
 }
 
+namespace {
+
+std::string_view::size_type dotOfExtension(std::string_view name) {
+  const auto dot = name.rfind('.');
+  return dot == 0 ? std::string_view::npos : dot;
+}
+
+}  // namespace
+
+std::string_view pathExtension(std::string_view path) {
+  const auto name = lastPathComponent(path);
+  const auto dot = dotOfExtension(name);
+  return dot == std::string_view::npos ? std::string_view() : name.substr(dot + 1);
+}
+
+std::string_view nameWithoutPathExtension(std::string_view path) {
+  const auto name = lastPathComponent(path);
+  return name == ".." ? name : name.substr(0, dotOfExtension(name));
+}
+
 std::string displayablePath(std::string_view path) {
   if (isWellFormedUtf8(path)) return std::string(path);
   std::string result;

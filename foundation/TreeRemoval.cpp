@@ -35,6 +35,7 @@ bool mayMeanFolder(const Error& error) {
   return error.isPosix(posix::kIsDirectory) || error.isPosix(posix::kNotPermitted);
 }
 
+// Without a state of its own, for two threads call it.
 class RemovalVisitor final : public TreeVisitor {
  public:
   Result<Enter> enter(TreeEntry& entry) override {
@@ -70,22 +71,22 @@ class RemovalVisitor final : public TreeVisitor {
 };
 
 // Nothing means: emptied, as far as it could be seen.
-ErrorOrNil removeContents(host::FileSystem& fileSystem, const std::string& path) {
-  auto folder = fileSystem.openDirectory(path, FollowLinks::No);
+ErrorOrNil removeContents(host::DirectoryHandle& parent, const std::string& name, const std::string& path) {
+  auto folder = parent.openDirectory(name.c_str(), MountPoints::Enter);
   if (!folder) return folder.error();
   RemovalVisitor visitor;
-  return TreeWalk(std::move(*folder), path, MountPoints::Refuse, visitor).run();
+  return TreeWalk::runOnTwoThreads(std::move(*folder), path, MountPoints::Refuse, visitor);
 }
 
 }  // namespace
 
-ErrorOrNil removeTree(host::FileSystem& fileSystem, const std::string& path) {
+ErrorOrNil removeTree(host::DirectoryHandle& parent, const std::string& name, const std::string& path) {
   for (unsigned scan = 1;; ++scan) {
-    const auto obstacle = removeContents(fileSystem, path);
+    const auto obstacle = removeContents(parent, name, path);
     // The visitor's errors are complete; those of the walk itself, and of opening its top, are not. A folder that can't
     // be read may still be empty.
     if (obstacle && !obstacle->isPosix()) return obstacle;
-    const auto error = fileSystem.removeDirectory(path);
+    const auto error = parent.removeDirectory(name.c_str());
     if (!error) return std::nullopt;
     if (obstacle) return removalError(*obstacle, path);
     if (!error->isPosix(posix::kNotEmpty) || scan >= kMaximumScans) return removalError(*error, path);

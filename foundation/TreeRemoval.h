@@ -10,8 +10,8 @@
 
 namespace vantrell {
 
-/// Removes the folder at `path`, not a link to one, with all that it contains; see FileManager::removeItemAtPath, whose
-/// errors these are. `path` has no slash at its end.
-ErrorOrNil removeTree(host::FileSystem& fileSystem, const std::string& path);
+/// Removes the folder `name` of `parent`, not a link to one, with all that it contains; see
+/// FileManager::removeItemAtPath, whose errors these are. `path` is that of the folder, for messages.
+ErrorOrNil removeTree(host::DirectoryHandle& parent, const std::string& name, const std::string& path);
 
 }  // namespace vantrell

@@ -3,7 +3,6 @@
 
 #include "foundation/TreeWalk.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "foundation/PosixCodes.h"
@@ -12,6 +11,7 @@ namespace vantrell {
 
 using host::DirectoryHandle;
 using host::FileType;
+using Event = TreeWalkCursor::Event;
 
 Result<TreeVisitor::Leave> TreeVisitor::leave(TreeEntry&, unsigned) {
   return Leave::Done;
@@ -23,110 +23,139 @@ ErrorOrNil TreeVisitor::cannotRead(const std::string&, const Error&) {
   return std::nullopt;
 }
 
-// Two at least, for a child is opened from its parent and the parent reopened from its child.
-TreeWalk::TreeWalk(std::unique_ptr<DirectoryHandle> top, std::string path, host::MountPoints mountPoints,
-                   TreeVisitor& visitor, std::size_t maximumOpenFolders)
-    : path_(std::move(path)),
-      mountPoints_(mountPoints),
-      visitor_(visitor),
-      maximumOpenFolders_(std::max<std::size_t>(maximumOpenFolders, 2)) {
-  Level level;
-  level.folder = std::move(top);
-  level.pathLength = path_.size();
-  levels_.push_back(std::move(level));
+namespace {
+
+// A folder with its contents, walked apart from what holds it.
+struct Subtree {
+  std::unique_ptr<DirectoryHandle> folder;
+  std::string path;
+  std::size_t nameOffset;
+  host::FileStatus parentStatus;
+};
+
+// Takes the place of whatever the visitor would have returned once that no longer counts.
+Error ended() {
+  return Error::posix(posix::kCanceled);
 }
 
+bool isSameObject(const host::FileStatus& one, const host::FileStatus& other) {
+  return one.device == other.device && one.inode == other.inode;
+}
+
+}  // namespace
+
 ErrorOrNil TreeWalk::run() {
-  while (!levels_.empty()) {
-    path_.resize(levels_.back().pathLength);
-    auto entry = levels_.back().folder->next();
+  if (team_) subfolders_.emplace_back();
+  for (;;) {
+    const auto event = cursor_.next();
+    if (!event) return event.error();
+    if (hasBeenEnded_ && hasBeenEnded_()) return ended();
     ErrorOrNil error;
-    if (entry && *entry) {
-      error = visit(**entry);
-    } else {
-      if (!entry) error = visitor_.cannotRead(path_, entry.error());
-      if (!error) error = leaveFolder();
+    switch (*event) {
+      case Event::Entry:
+        error = visit();
+        break;
+      case Event::Left:
+        error = leave();
+        break;
+      case Event::CannotDescend:
+        error = cannotDescend();
+        break;
+      case Event::CannotRead:
+        error = visitor_.cannotRead(cursor_.path(), cursor_.error());
+        break;
+      case Event::End:
+        return std::nullopt;
     }
     if (error) return error;
   }
-  return std::nullopt;
 }
 
-ErrorOrNil TreeWalk::visit(const host::DirectoryEntry& found) {
-  if (path_.empty() || path_.back() != '/') path_ += '/';
-  const auto nameOffset = path_.size();
-  path_ += found.name;
-  TreeEntry entry(*levels_.back().folder, path_, nameOffset, found.type);
+ErrorOrNil TreeWalk::visit() {
+  auto& entry = cursor_.entry();
   const auto step = visitor_.enter(entry);
   if (!step) return step.error();
-  return *step == TreeVisitor::Enter::Descend ? descend(entry, nameOffset) : std::nullopt;
-}
-
-ErrorOrNil TreeWalk::descend(TreeEntry& entry, std::size_t nameOffset) {
-  if (levels_.size() >= kMaximumDepth) return visitor_.cannotDescend(entry, Error::posix(posix::kNameTooLong));
-  auto folder = openFolder(entry);
-  if (!folder) return visitor_.cannotDescend(entry, folder.error());
-  Level level;
-  level.folder = std::move(*folder);
-  level.nameOffset = nameOffset;
-  level.pathLength = path_.size();
-  levels_.push_back(std::move(level));
-  return levels_.size() - firstOpen_ > maximumOpenFolders_ ? closeOutermost() : std::nullopt;
-}
-
-// The whole process may be short of descriptors; this walk can do with few.
-Result<std::unique_ptr<DirectoryHandle>> TreeWalk::openFolder(const TreeEntry& entry) {
-  auto folder = entry.folder().openDirectory(entry.name(), mountPoints_);
-  if (folder) return folder;
-  const auto& error = folder.error();
-  if (!error.isPosix(posix::kTooManyOpenFiles) && !error.isPosix(posix::kFileTableFull)) return folder;
-  while (levels_.size() - firstOpen_ > 1) {
-    if (auto closing = closeOutermost()) return failure(*closing);
+  if (*step == TreeVisitor::Enter::Skip || handOver(entry)) return std::nullopt;
+  cursor_.descend();
+  if (team_) {
+    subfolders_.back().hasWalkedOne = true;
+    subfolders_.emplace_back();
   }
-  return entry.folder().openDirectory(entry.name(), mountPoints_);
-}
-
-ErrorOrNil TreeWalk::closeOutermost() {
-  auto& level = levels_[firstOpen_];
-  const auto status = level.folder->status();
-  if (!status) return status.error();
-  level.position = level.folder->position();
-  level.device = status->device;
-  level.inode = status->inode;
-  level.folder.reset();
-  ++firstOpen_;
   return std::nullopt;
 }
 
-ErrorOrNil TreeWalk::reopen(Level& level, const DirectoryHandle& child) {
-  auto folder = child.openParent();
-  if (!folder) return folder.error();
-  const auto status = (*folder)->status();
-  if (!status) return status.error();
-  // Someone has moved the child. What it lies in now is none of this walk's business.
-  if (status->device != level.device || status->inode != level.inode) return Error::posix(posix::kNoEntry);
-  (*folder)->setPosition(level.position);
-  level.folder = std::move(*folder);
-  --firstOpen_;
-  return std::nullopt;
-}
-
-ErrorOrNil TreeWalk::leaveFolder() {
-  Level left = std::move(levels_.back());
-  levels_.pop_back();
-  if (levels_.empty()) return std::nullopt;
-  auto& parent = levels_.back();
-  if (!parent.folder) {
-    if (auto error = reopen(parent, *left.folder)) return error;
+ErrorOrNil TreeWalk::leave() {
+  if (team_ && subfolders_.back().handedOver) {
+    team_->finish(*subfolders_.back().handedOver);
+    if (team_->hasFailed()) return ended();
   }
-  TreeEntry entry(*parent.folder, path_, left.nameOffset, FileType::Directory);
-  const auto step = visitor_.leave(entry, left.scan);
+  const auto step = visitor_.leave(cursor_.entry(), cursor_.scan());
   if (!step) return step.error();
-  if (*step == TreeVisitor::Leave::Done) return std::nullopt;
-  left.folder->rewind();
-  ++left.scan;
-  levels_.push_back(std::move(left));
+  if (*step == TreeVisitor::Leave::ScanAgain)
+    cursor_.scanAgain();
+  else if (team_)
+    subfolders_.pop_back();
   return std::nullopt;
+}
+
+ErrorOrNil TreeWalk::cannotDescend() {
+  const auto& error = cursor_.error();
+  const bool shortOfHandles = error.isPosix(posix::kTooManyOpenFiles) || error.isPosix(posix::kFileTableFull);
+  if (team_ && shortOfHandles && team_->finishAny()) {
+    cursor_.descend();
+    return std::nullopt;
+  }
+  if (team_) subfolders_.pop_back();
+  return visitor_.cannotDescend(cursor_.entry(), cursor_.error());
+}
+
+// Not a folder's first subfolder: it may be the only one, and this thread left without work.
+bool TreeWalk::mayHandOver() {
+  return team_ && subfolders_.back().hasWalkedOne && cursor_.depth() < kMaximumDepth && team_->hasRoom();
+}
+
+bool TreeWalk::handOver(TreeEntry& entry) {
+  if (!mayHandOver()) return false;
+  const auto parentStatus = entry.folder().status();
+  auto folder = entry.folder().openDirectory(entry.name(), mountPoints_);
+  if (!parentStatus || !folder) return false;  // descending will tell why
+  auto& group = subfolders_.back().handedOver;
+  if (!group) group = std::make_shared<TreeWalkTeam::Group>();
+  Subtree subtree{std::move(*folder), entry.path(), static_cast<std::size_t>(entry.name() - entry.path().c_str()),
+                  *parentStatus};
+  auto task = [subtree = std::move(subtree), mountPoints = mountPoints_,
+               &visitor = visitor_](const TreeWalkTeam::ShouldEnd& shouldEnd) mutable -> ErrorOrNil {
+    for (unsigned scan = 1;; ++scan) {
+      // Each task has its own handle on the folder that holds its subtree. Moved elsewhere it is no longer part of it.
+      auto parent = subtree.folder->openParent();
+      if (!parent) return parent.error();
+      const auto status = (*parent)->status();
+      if (!status) return status.error();
+      if (!isSameObject(*status, subtree.parentStatus)) return std::nullopt;
+      TreeWalk walk(std::move(subtree.folder), subtree.path, mountPoints, visitor);
+      walk.hasBeenEnded_ = shouldEnd;
+      if (auto error = walk.run()) return error;
+      TreeEntry left(**parent, subtree.path, subtree.nameOffset, FileType::Directory);
+      const auto step = visitor.leave(left, scan);
+      if (!step) return step.error();
+      if (*step == TreeVisitor::Leave::Done) return std::nullopt;
+      auto again = (*parent)->openDirectory(left.name(), mountPoints);
+      if (!again) return visitor.cannotDescend(left, again.error());
+      subtree.folder = std::move(*again);
+    }
+  };
+  team_->handOver(group, std::move(task));
+  return true;
+}
+
+ErrorOrNil TreeWalk::runOnTwoThreads(std::unique_ptr<DirectoryHandle> top, std::string path,
+                                     host::MountPoints mountPoints, TreeVisitor& visitor) {
+  TreeWalkTeam team;
+  TreeWalk walk(std::move(top), std::move(path), mountPoints, visitor);
+  walk.team_ = &team;
+  walk.hasBeenEnded_ = [&team] { return team.hasFailed(); };
+  const auto error = walk.run();
+  return team.finishAll(error);
 }
 
 }  // namespace vantrell

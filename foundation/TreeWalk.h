@@ -5,36 +5,18 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "foundation/Error.h"
 #include "foundation/Result.h"
+#include "foundation/TreeWalkCursor.h"
+#include "foundation/TreeWalkTeam.h"
 #include "host/FileSystem.h"
 
 namespace vantrell {
-
-/// One object met by a walk, as an entry of the folder that holds it. Valid during the call that it is passed to.
-class TreeEntry {
- public:
-  TreeEntry(host::DirectoryHandle& folder, const std::string& path, std::size_t nameOffset, host::FileType type)
-      : folder_(folder), path_(path), nameOffset_(nameOffset), type_(type) {}
-
-  host::DirectoryHandle& folder() const noexcept { return folder_; }
-  const char* name() const noexcept { return path_.c_str() + nameOffset_; }
-  /// The path of the walk's top with the names on the way; for messages, never for system calls.
-  const std::string& path() const noexcept { return path_; }
-  /// What the folder says of it; Unknown where it says nothing.
-  host::FileType type() const noexcept { return type_; }
-
- private:
-  host::DirectoryHandle& folder_;
-  const std::string& path_;
-  std::size_t nameOffset_;
-  host::FileType type_;
-};
 
 /// What a walk does with what it meets. Any error returned ends the walk.
 class TreeVisitor {
@@ -58,50 +40,47 @@ class TreeVisitor {
   virtual ErrorOrNil cannotRead(const std::string& path, const Error& error);
 };
 
-/// A depth-first walk through everything below one folder, in the order of the file system, on directory handles: a
-/// folder that is swapped for a link meanwhile leads nowhere else.
-///
-/// At most `maximumOpenFolders` handles are open at a time and memory grows with the depth only (its bound is
-/// kMaximumDepth). Beyond that many levels the outermost handles are closed, and reopened through ".." of the folder
-/// below on the way back, where device and inode must be the same as before: else the walk ends with POSIX error 2.
-///
-/// A walk belongs to one thread; walks through different folders may run at the same time.
+/// The walk of a TreeWalkCursor, with a visitor that is told what it meets.
 class TreeWalk {
  public:
-  static constexpr std::size_t kMaximumDepth = 262'144;
-  static constexpr std::size_t kMaximumOpenFolders = 64;
+  static constexpr std::size_t kMaximumDepth = TreeWalkCursor::kMaximumDepth;
+  static constexpr std::size_t kMaximumOpenFolders = TreeWalkCursor::kMaximumOpenFolders;
 
   /// `path` is that of `top`, for messages.
   TreeWalk(std::unique_ptr<host::DirectoryHandle> top, std::string path, host::MountPoints mountPoints,
-           TreeVisitor& visitor, std::size_t maximumOpenFolders = kMaximumOpenFolders);
+           TreeVisitor& visitor, std::size_t maximumOpenFolders = kMaximumOpenFolders)
+      : cursor_(std::move(top), std::move(path), mountPoints, maximumOpenFolders),
+        mountPoints_(mountPoints),
+        visitor_(visitor) {}
+
+  /// Lets a second thread walk some of the subtrees. Its calls of the visitor, which must bear them, may come at the
+  /// same time as this thread's; a folder's `leave` still comes after all calls for what it contains. What ends the
+  /// walk is the failure that would have ended it on one thread, but some of what comes after it may have been visited.
+  static ErrorOrNil runOnTwoThreads(std::unique_ptr<host::DirectoryHandle> top, std::string path,
+                                    host::MountPoints mountPoints, TreeVisitor& visitor);
 
   /// Once. Nothing, or what ended the walk.
   ErrorOrNil run();
 
  private:
-  struct Level {
-    std::unique_ptr<host::DirectoryHandle> folder;  // nullptr while closed
-    std::size_t nameOffset = 0;                     // of the folder's own name in path_
-    std::size_t pathLength = 0;                     // of the folder's path in path_
-    unsigned scan = 1;
-    std::uint64_t position = 0;  // these three while closed
-    std::uint64_t device = 0;
-    std::uint64_t inode = 0;
+  /// What has come of the subfolders of a folder that is being walked.
+  struct Subfolders {
+    bool hasWalkedOne = false;
+    std::shared_ptr<TreeWalkTeam::Group> handedOver;
   };
 
-  ErrorOrNil visit(const host::DirectoryEntry& entry);
-  ErrorOrNil descend(TreeEntry& entry, std::size_t nameOffset);
-  ErrorOrNil leaveFolder();
-  ErrorOrNil closeOutermost();
-  ErrorOrNil reopen(Level& level, const host::DirectoryHandle& child);
-  Result<std::unique_ptr<host::DirectoryHandle>> openFolder(const TreeEntry& entry);
+  ErrorOrNil visit();
+  ErrorOrNil leave();
+  ErrorOrNil cannotDescend();
+  bool handOver(TreeEntry& entry);
+  bool mayHandOver();
 
-  std::vector<Level> levels_;
-  std::size_t firstOpen_ = 0;  // levels before this one are closed, all others open
-  std::string path_;           // of the entry at hand
+  TreeWalkCursor cursor_;
   host::MountPoints mountPoints_;
   TreeVisitor& visitor_;
-  std::size_t maximumOpenFolders_;
+  std::function<bool()> hasBeenEnded_;
+  TreeWalkTeam* team_ = nullptr;
+  std::vector<Subfolders> subfolders_;  // with a team only; one for each folder on the way
 };
 
 }  // namespace vantrell

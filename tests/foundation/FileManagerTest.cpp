@@ -78,15 +78,18 @@ TEST_F(FileManagerTest, ReportsAttributesOfTheObjectItself) {
   const auto path = folder_.makeFile("file", "12345");
   ASSERT_EQ(chmod(path.c_str(), 0640), 0);
   const auto status = fileSystem_.status(path, FollowLinks::No);
-  EXPECT_EQ(fileManager_.attributesOfItemAtPath(path).value(), (Dictionary{{"NSFileType", "NSFileTypeRegular"},
-                                                                           {"NSFileSize", 5U},
-                                                                           {"NSFileModificationDate", status->modified},
-                                                                           {"NSFilePosixPermissions", 0640U},
-                                                                           {"NSFileOwnerAccountID", geteuid()},
-                                                                           {"NSFileGroupOwnerAccountID", status->group},
-                                                                           {"NSFileReferenceCount", 1U},
-                                                                           {"NSFileSystemNumber", status->device},
-                                                                           {"NSFileSystemFileNumber", status->inode}}));
+  Dictionary expected{{"NSFileType", "NSFileTypeRegular"},
+                      {"NSFileSize", 5U},
+                      {"NSFileModificationDate", status->modified},
+                      {"NSFilePosixPermissions", 0640U},
+                      {"NSFileOwnerAccountID", geteuid()},
+                      {"NSFileGroupOwnerAccountID", status->group},
+                      {"NSFileReferenceCount", 1U},
+                      {"NSFileSystemNumber", status->device},
+                      {"NSFileSystemFileNumber", status->inode},
+                      {"NSFileExtensionHidden", false}};
+  if (status->created) expected.set("NSFileCreationDate", *status->created);
+  EXPECT_EQ(fileManager_.attributesOfItemAtPath(path).value(), expected);
   const auto link = fileManager_.attributesOfItemAtPath(folder_.makeLink("link", "file"));
   EXPECT_EQ(*link->find(NSFileType), Value("NSFileTypeSymbolicLink"));
   const auto folder = fileManager_.attributesOfItemAtPath(folder_.path());
