@@ -8,6 +8,7 @@
 
 #include "catalogue/ErrorModel.h"
 #include "core/QELPrivilegedTool.h"
+#include "fileops/ForcedRemoval.h"
 #include "foundation/Exception.h"
 #include "foundation/FileManager.h"
 #include "foundation/PosixCodes.h"
@@ -16,10 +17,6 @@
 namespace vantrell {
 
 namespace {
-
-namespace flags = host::file_flags;
-constexpr std::uint32_t kUserFlags = flags::kUserImmutable | flags::kUserAppend;
-constexpr std::uint32_t kSystemFlags = flags::kSystemImmutable | flags::kSystemAppend;
 
 constexpr char kLaunchControl[] = "/bin/launchctl";
 
@@ -48,18 +45,8 @@ ErrorOrNil QELPrivilegedTool::doNothingWithArguments(const Array&) {
 }
 
 ErrorOrNil QELPrivilegedTool::enforceRemovalOfFileSystemObjectAtPath(const std::string& path) {
-  if (path.empty()) return Error::posix(posix::kInvalidArgument);
-  auto& fileSystem = *host_.fileSystem;
-  const auto status = fileSystem.status(path, host::FollowLinks::No);
-  if (!status) return status.error();
-  if (status->type == host::FileType::Whiteout || (status->flags & kSystemFlags) != 0) {
-    return Error::posix(posix::kInputOutput);
-  }
-  if ((status->flags & kUserFlags) != 0 &&
-      fileSystem.setFlags(path, status->flags & ~kUserFlags, host::FollowLinks::No)) {
-    return Error::posix(posix::kInputOutput);
-  }
-  return status->isDirectory() ? fileSystem.removeDirectory(path) : fileSystem.removeFile(path);
+  const auto failure = removeInSpiteOfUserFlags(*host_.fileSystem, path);
+  return failure ? ErrorOrNil(failure->error) : std::nullopt;
 }
 
 ErrorOrNil QELPrivilegedTool::deleteFileSystemObjectsWithPaths(const Array& paths) {

@@ -8,6 +8,7 @@
 
 #include "fileops/FileDeletionErrors.h"
 #include "fileops/FileObjectInfo.h"
+#include "fileops/ForcedRemoval.h"
 #include "fileops/ImmutableFlagVisitor.h"
 #include "foundation/PathUtilities.h"
 #include "foundation/PosixCodes.h"
@@ -20,8 +21,6 @@ namespace file_flags = host::file_flags;
 
 namespace {
 
-constexpr std::uint32_t kUserFlags = file_flags::kUserImmutable | file_flags::kUserAppend;
-constexpr std::uint32_t kSystemFlags = file_flags::kSystemImmutable | file_flags::kSystemAppend;
 constexpr std::uint32_t kRestrictionFlags =
     file_flags::kDataVault | file_flags::kSystemRestricted | file_flags::kSystemNoUnlink;
 constexpr std::uint32_t kNoFileSystem = 0xFFFFFFFF;
@@ -49,66 +48,82 @@ ErrorOrNil AdvancedOpsAdditions::enforceRemovalOfFileSystemObjectAtPath(const st
 
 ErrorOrNil AdvancedOpsAdditions::enforceSingleRemovalOfFileSystemObjectAtPath(const std::string& path) {
   if (path.empty()) return Error::posix(posix::kInvalidArgument);
-  const auto status = fileSystem_.status(path, FollowLinks::No);
-  if (!status) return refined(path, status.error());
-  if (status->type == host::FileType::Whiteout) return fileDeletionError(FileDeletionErrorCode::Whiteout, path);
-  if (status->flags & kSystemFlags) return fileDeletionError(FileDeletionErrorCode::SystemFlags, path);
-  if (status->flags & kUserFlags) {
-    if (fileSystem_.setFlags(path, status->flags & ~kUserFlags, FollowLinks::No))
-      return fileDeletionError(FileDeletionErrorCode::UserFlagsNotCleared, path);
-  }
-  const auto error = status->isDirectory() ? fileSystem_.removeDirectory(path) : fileSystem_.removeFile(path);
+  const auto failure = removeInSpiteOfUserFlags(fileSystem_, path);
+  if (!failure) return std::nullopt;
+  return failure->reason ? fileDeletionError(*failure->reason, path) : refined(path, failure->error);
+}
+
+ErrorOrNil AdvancedOpsAdditions::enforceRecursiveRemovalOfFileSystemObjectAtPath(const std::string& path) {
+  if (path.empty()) return Error::posix(posix::kInvalidArgument);
+  const auto location = fileSystem_.locate(path);
+  if (location) return enforceRecursiveRemovalOfEntry(*location->folder, location->name, path);
+  // Either nothing is there, or the path has no last component and the file manager knows why it can't go.
+  if (!fileManager_.fileExistsAtPath(path)) return std::nullopt;
+  const auto refusal = fileManager_.refusalToRemoveFolderAtPath(path);
+  return refined(path, refusal ? *refusal : location.error());
+}
+
+ErrorOrNil AdvancedOpsAdditions::enforceRecursiveRemovalOfEntry(host::DirectoryHandle& folder, const std::string& name,
+                                                                const std::string& path) {
+  if (!folder.statusOf(name.c_str(), FollowLinks::Yes)) return std::nullopt;
+  auto error = clearFlagsForRemoval(folder, name, path);
+  if (!error) error = fileManager_.removeItem(folder, name, path);
   return error ? refined(path, *error) : std::nullopt;
 }
 
-ErrorOrNil AdvancedOpsAdditions::enforceRecursiveRemovalOfFileSystemObjectAtPath(const std::string& given) {
-  if (given.empty()) return Error::posix(posix::kInvalidArgument);
-  // A slash at the end would make the link before it look like the folder that it leads to.
-  const std::string path(pathWithoutTrailingSlashes(given));
-  if (!fileManager_.fileExistsAtPath(path)) return std::nullopt;
-  auto error = clearFlagsForRemoval(path);
-  if (!error) error = fileManager_.removeItemAtPath(path);
-  return error ? refined(given, *error) : std::nullopt;
-}
-
 // The object is no link when it is looked at, and may be one a moment later: nothing here follows it.
-ErrorOrNil AdvancedOpsAdditions::clearFlagsForRemoval(const std::string& path) {
-  const auto status = fileSystem_.status(path, FollowLinks::No);
+ErrorOrNil AdvancedOpsAdditions::clearFlagsForRemoval(host::DirectoryHandle& folder, const std::string& name,
+                                                      const std::string& path) {
+  const auto status = folder.statusOf(name.c_str(), FollowLinks::No);
   if (!status) return status.error();
   if (status->isSymbolicLink()) return std::nullopt;
   if (status->isDirectory()) {
-    if (auto refusal = fileManager_.refusalToRemoveFolderAtPath(path)) return refusal;
+    if (auto refusal = fileManager_.refusalToRemoveFolder(*status, path)) return refusal;
   }
-  if (auto error = changeFlag(path, *status, false, FollowLinks::No)) return error;
+  const auto flags = withImmutableFlag(status->flags, false);
+  if (flags != status->flags) {
+    if (auto error = immutableFlagFailure(folder.setFlagsOf(name.c_str(), flags, FollowLinks::No), false)) return error;
+  }
   if (!status->isDirectory()) return std::nullopt;
+  auto top = folder.openDirectory(name.c_str(), MountPoints::Enter);
+  // A folder that can't be read counts as one without contents, here as everywhere in it.
+  if (!top) return std::nullopt;
   ImmutableFlagVisitor visitor(false, FollowLinks::No);
-  return changeFlagsBelow(path, FollowLinks::No, visitor);
+  return TreeWalk::runOnTwoThreads(std::move(*top), path, MountPoints::Enter, visitor);
 }
 
 ErrorOrNil AdvancedOpsAdditions::setImmutableFlag(bool value, const std::string& path,
                                                   bool checkingExistenceOfLinkTarget) {
   if (path.empty()) return Error::posix(posix::kInvalidArgument);
-  auto status = fileSystem_.status(path, FollowLinks::No);
+  const auto status = fileSystem_.status(path, FollowLinks::No);
   if (!status) return status.error();
-  if (status->isSymbolicLink()) {
-    status = fileSystem_.status(path, FollowLinks::Yes);
-    if (!status && checkingExistenceOfLinkTarget) return Error::posix(posix::kNoEntry);
-    if (!status) return std::nullopt;
-  }
-  return changeFlag(path, *status, value, FollowLinks::Yes);
+  const auto object = fileSystem_.openObject(path, FollowLinks::Yes);
+  if (!object && !status->isSymbolicLink()) return object.error();
+  if (!object) return checkingExistenceOfLinkTarget ? ErrorOrNil(Error::posix(posix::kNoEntry)) : std::nullopt;
+  return setImmutableFlagOf(**object, value);
 }
 
+ErrorOrNil AdvancedOpsAdditions::setImmutableFlagOf(host::ObjectHandle& object, bool value) {
+  const auto status = object.status();
+  if (!status) return status.error();
+  const auto flags = withImmutableFlag(status->flags, value);
+  return flags == status->flags ? std::nullopt : immutableFlagFailure(object.setFlags(flags), value);
+}
+
+// One look at the path decides what is changed and what is walked through.
 ErrorOrNil AdvancedOpsAdditions::setUserImmutableAtPath(const std::string& path, bool value, bool recursive,
                                                         bool stayOnFileSystem) {
   if (path.empty()) return Error::posix(posix::kInvalidArgument);
-  bool isDirectory = false;
-  if (!fileManager_.fileExistsAtPath(path, &isDirectory)) return Error::posix(posix::kNoEntry);
-  if (auto error = setImmutableFlag(value, path, true)) return error;
-  if (!recursive || !isDirectory) return std::nullopt;
+  const auto object = fileSystem_.openObject(path, FollowLinks::Yes);
+  if (!object) return Error::posix(posix::kNoEntry);
   std::optional<std::uint32_t> onlyFileSystem;
   if (stayOnFileSystem) onlyFileSystem = fileSystemIDForPath(path);
+  if (auto error = setImmutableFlagOf(**object, value)) return error;
+  if (!recursive) return std::nullopt;
+  auto folder = (*object)->openDirectory();
+  if (!folder) return std::nullopt;
   ImmutableFlagVisitor visitor(value, FollowLinks::Yes, onlyFileSystem);
-  return changeFlagsBelow(path, FollowLinks::Yes, visitor);
+  return TreeWalk::runOnTwoThreads(std::move(*folder), path, MountPoints::Enter, visitor);
 }
 
 std::uint32_t AdvancedOpsAdditions::fileSystemIDForPath(const std::string& path) {
@@ -143,21 +158,6 @@ ErrorOrNil AdvancedOpsAdditions::refined(const std::string& path, Error error) {
   ErrorOrNil result = std::move(error);
   isSecurityProtectedObjectAtPath(path, &result);
   return result;
-}
-
-ErrorOrNil AdvancedOpsAdditions::changeFlag(const std::string& path, const host::FileStatus& status, bool value,
-                                            FollowLinks follow) {
-  const auto flags = withImmutableFlag(status.flags, value);
-  if (flags == status.flags) return std::nullopt;
-  return immutableFlagFailure(fileSystem_.setFlags(path, flags, follow), value);
-}
-
-// A folder that can't be read counts as one without contents, here as everywhere in it.
-ErrorOrNil AdvancedOpsAdditions::changeFlagsBelow(const std::string& path, FollowLinks followTop,
-                                                  TreeVisitor& visitor) {
-  auto folder = fileSystem_.openDirectory(path, followTop);
-  if (!folder) return std::nullopt;
-  return TreeWalk(std::move(*folder), path, MountPoints::Enter, visitor).run();
 }
 
 bool AdvancedOpsAdditions::isAccessDeniedByPrivacyPolicy() {

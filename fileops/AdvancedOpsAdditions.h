@@ -16,8 +16,6 @@
 
 namespace vantrell {
 
-class TreeVisitor;
-
 /// The file manager's further operations: removal of what ordinary removal leaves, and what stands in its way.
 ///
 /// Errors are of the POSIX domain without user info, of the file-deletion domain (fileops/FileDeletionErrors.h), or, in
@@ -41,6 +39,10 @@ class AdvancedOpsAdditions {
   /// which is where a link without a target leads too, is success.
   ErrorOrNil enforceRecursiveRemovalOfFileSystemObjectAtPath(const std::string& path);
 
+  /// The same for an entry of a folder at hand, which `path` names in errors.
+  ErrorOrNil enforceRecursiveRemovalOfEntry(host::DirectoryHandle& folder, const std::string& name,
+                                            const std::string& path);
+
   /// Of a link, the target's flag is changed. A missing target is POSIX error 2 or, unless its existence is to be
   /// checked, success. Clearing succeeds where flags aren't supported.
   ErrorOrNil setImmutableFlag(bool value, const std::string& path, bool checkingExistenceOfLinkTarget);
@@ -63,9 +65,8 @@ class AdvancedOpsAdditions {
 
  private:
   ErrorOrNil refined(const std::string& path, Error error);
-  ErrorOrNil clearFlagsForRemoval(const std::string& path);
-  ErrorOrNil changeFlag(const std::string& path, const host::FileStatus& status, bool value, host::FollowLinks follow);
-  ErrorOrNil changeFlagsBelow(const std::string& path, host::FollowLinks followTop, TreeVisitor& visitor);
+  ErrorOrNil clearFlagsForRemoval(host::DirectoryHandle& folder, const std::string& name, const std::string& path);
+  static ErrorOrNil setImmutableFlagOf(host::ObjectHandle& object, bool value);
   bool isAccessDeniedByPrivacyPolicy();
   bool bearsRestriction(const std::string& path);
 

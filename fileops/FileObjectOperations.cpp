@@ -5,9 +5,10 @@
 
 #include <cstddef>
 
-#include "catalogue/ErrorModel.h"
 #include "catalogue/FeedbackMessages.h"
 #include "fileops/FileDeletionErrors.h"
+#include "foundation/FileManagerErrors.h"
+#include "foundation/PathUtilities.h"
 #include "foundation/PosixCodes.h"
 
 namespace vantrell {
@@ -27,6 +28,16 @@ std::optional<std::vector<std::string>> textsOf(const Array& arguments) {
     texts.push_back(*text);
   }
   return texts;
+}
+
+Result<std::vector<std::string>> namesIn(host::DirectoryHandle& folder) {
+  std::vector<std::string> names;
+  for (;;) {
+    const auto entry = folder.next();
+    if (!entry) return failure(entry.error());
+    if (!*entry) return names;
+    names.emplace_back((*entry)->name);
+  }
 }
 
 }  // namespace
@@ -67,14 +78,37 @@ ErrorOrNil FileObjectOperations::deleteFileSystemObjectsAtPaths(const std::vecto
   return result;
 }
 
-ErrorOrNil FileObjectOperations::inspectFileobject(const Array& arguments) {
-  const auto* path = arguments.empty() ? nullptr : arguments.front().asString();
-  if (!path || path->empty()) return Error::posix(posix::kInvalidArgument);
-  bool isDirectory = false;
-  const bool exists = fileManager_.fileExistsAtPath(fileManager_.stringByResolvingSymlinksInPath(*path), &isDirectory);
-  const auto existence = !exists ? Existence::Nothing : isDirectory ? Existence::Folder : Existence::Other;
-  return Error(privilegedOperationErrorDomain(), 0,
-               Dictionary{{"ObjectExistence", static_cast<std::uint32_t>(existence)}});
+ErrorOrNil FileObjectOperations::deleteFoldercontents(const Array& arguments,
+                                                      QELPrivilegedOperationFeedbackProtocol* feedback,
+                                                      const IsCancelled& isCancelled) {
+  const auto paths = textsOf(arguments);
+  if (!paths || paths->empty()) return Error::posix(posix::kInvalidArgument);
+  std::size_t index = 0;
+  for (const auto& path : *paths) {
+    if (isCancelled && isCancelled()) return Error::posix(posix::kCanceled);
+    reportProgress(feedback, static_cast<double>(index++) / static_cast<double>(paths->size()));
+    bool isDirectory = false;
+    if (!fileManager_.fileExistsAtPath(path, &isDirectory)) continue;
+    if (!isDirectory) return Error::posix(posix::kNotDirectory);
+    if (auto error = deleteContents(path, isCancelled)) return error;
+  }
+  reportProgress(feedback, 1.0);
+  return std::nullopt;
+}
+
+// All names first, for what is added meanwhile would keep this busy forever.
+ErrorOrNil FileObjectOperations::deleteContents(const std::string& path, const IsCancelled& isCancelled) {
+  const auto folder = fileSystem_.openDirectory(path, host::FollowLinks::Yes);
+  if (!folder) return fileReadingError(folder.error(), path);
+  const auto names = namesIn(**folder);
+  if (!names) return fileReadingError(names.error(), path);
+  for (const auto& name : *names) {
+    if (isCancelled && isCancelled()) return Error::posix(posix::kCanceled);
+    const auto error =
+        advancedOps_.enforceRecursiveRemovalOfEntry(**folder, name, stringByAppendingPathComponent(path, name));
+    if (error) return privilegedOperationErrorForFileDeletionError(*error);
+  }
+  return std::nullopt;
 }
 
 }  // namespace vantrell

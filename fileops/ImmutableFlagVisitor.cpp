@@ -27,10 +27,10 @@ std::uint32_t fileSystemIDOf(const FileStatus& status) noexcept {
 Result<TreeVisitor::Enter> ImmutableFlagVisitor::enter(TreeEntry& entry) {
   if (entry.type() == FileType::SymbolicLink && followLinks_ == FollowLinks::No) return Enter::Skip;
   const auto status = entry.folder().statusOf(entry.name(), FollowLinks::No);
-  if (!status) return failure(status.error());
+  if (!status) return skipIfGone(status.error());
   if (onlyFileSystem_ && fileSystemIDOf(*status) != *onlyFileSystem_) return Enter::Skip;
   if (!status->isSymbolicLink()) {
-    if (const auto error = change(entry, *status, FollowLinks::No)) return failure(*error);
+    if (const auto error = change(entry, *status, FollowLinks::No)) return skipIfGone(*error);
     return status->isDirectory() ? Enter::Descend : Enter::Skip;
   }
   if (followLinks_ == FollowLinks::No) return Enter::Skip;
@@ -38,6 +38,12 @@ Result<TreeVisitor::Enter> ImmutableFlagVisitor::enter(TreeEntry& entry) {
   if (!target) return Enter::Skip;
   if (const auto error = change(entry, *target, FollowLinks::Yes)) return failure(*error);
   return Enter::Skip;
+}
+
+// What has gone needs no clearing for its removal; whoever asked for its flag is told.
+Result<TreeVisitor::Enter> ImmutableFlagVisitor::skipIfGone(const Error& error) const {
+  if (followLinks_ == FollowLinks::No && error.isPosix(posix::kNoEntry)) return Enter::Skip;
+  return failure(error);
 }
 
 ErrorOrNil ImmutableFlagVisitor::change(TreeEntry& entry, const FileStatus& status, FollowLinks follow) const {

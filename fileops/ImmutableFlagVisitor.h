@@ -22,17 +22,19 @@ std::uint32_t fileSystemIDOf(const host::FileStatus& status) noexcept;
 
 /// Sets or clears the user-immutable flag of everything that a walk meets; an object whose flag is as it should be
 /// costs no call but that for its status. Folders that can't be read are passed over, as the platform's enumerator
-/// does.
+/// does. Stateless, for walks on two threads.
 class ImmutableFlagVisitor final : public TreeVisitor {
  public:
-  /// With FollowLinks::No symbolic links are left alone, else the flag is their target's (one that is missing has
-  /// none). With `onlyFileSystem` objects on other file systems are neither changed nor entered.
+  /// With FollowLinks::No, for removals, symbolic links and what has gone meanwhile are left alone, else the flag is
+  /// their target's (one that is missing has none). With `onlyFileSystem` objects on other file systems are neither
+  /// changed nor entered.
   ImmutableFlagVisitor(bool value, host::FollowLinks followLinks, std::optional<std::uint32_t> onlyFileSystem = {})
       : value_(value), followLinks_(followLinks), onlyFileSystem_(onlyFileSystem) {}
 
   Result<Enter> enter(TreeEntry& entry) override;
 
  private:
+  Result<Enter> skipIfGone(const Error& error) const;
   ErrorOrNil change(TreeEntry& entry, const host::FileStatus& status, host::FollowLinks follow) const;
 
   bool value_;
