@@ -31,6 +31,9 @@ struct Parser {
   CLI::App* version = nullptr;
   CLI::App* run = nullptr;
   CLI::App* machO = nullptr;
+  CLI::App* bundle = nullptr;
+  CLI::App* signature = nullptr;
+  CLI::App* smc = nullptr;
 
   Parser() {
     app.name("vantrellctl");
@@ -68,6 +71,12 @@ struct Parser {
     });
     machO = app.add_subcommand("macho", "Show parts, segments, sections and descriptors of an executable");
     machO->add_option("FILE", line.file)->required();
+    bundle = app.add_subcommand("bundle", "Show what kind of software a package is, and what it says of itself");
+    bundle->add_option("PATH", line.file)->required();
+    signature = app.add_subcommand("signature", "Show who signed a file or bundle, and verify the signature");
+    signature->add_option("PATH", line.file)->required();
+    smc = app.add_subcommand("smc", "Show the keys of the System Management Controller with their values");
+    smc->add_flag("--simulated", line.simulated, "Show a simulated controller instead of this computer's");
   }
 
   /// The identifier and the arguments, from the words that "run" was left with.
@@ -84,10 +93,13 @@ struct Parser {
   void parse(int count, const char* const* words) {
     app.parse(count, words);
     if (run->parsed()) takeRunWords();
-    line.command = list->parsed()      ? CommandLine::Command::List
-                   : version->parsed() ? CommandLine::Command::Version
-                   : run->parsed()     ? CommandLine::Command::Run
-                                       : CommandLine::Command::MachO;
+    line.command = list->parsed()        ? CommandLine::Command::List
+                   : version->parsed()   ? CommandLine::Command::Version
+                   : run->parsed()       ? CommandLine::Command::Run
+                   : bundle->parsed()    ? CommandLine::Command::Bundle
+                   : signature->parsed() ? CommandLine::Command::Signature
+                   : smc->parsed()       ? CommandLine::Command::Smc
+                                         : CommandLine::Command::MachO;
   }
 };
 

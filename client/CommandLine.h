@@ -16,7 +16,7 @@ namespace vantrell {
 
 /// What a command line of vantrellctl asks for.
 struct CommandLine {
-  enum class Command : std::uint8_t { List, Version, Run, MachO };
+  enum class Command : std::uint8_t { List, Version, Run, MachO, Bundle, Signature, Smc };
 
   Command command = Command::List;
   ConnectionOptions connection;
@@ -24,7 +24,8 @@ struct CommandLine {
   bool progress = true;
   std::string identifier;              // run
   std::vector<std::string> arguments;  // run: every word after the identifier, whatever it begins with
-  std::string file;                    // macho
+  std::string file;                    // macho, bundle, signature
+  bool simulated = false;              // smc
 };
 
 /// The command line, or the status to end with: Success once help was printed to `out`, Usage after a message on `err`.

@@ -11,6 +11,7 @@
 namespace vantrell {
 
 void StreamLog::write(std::string_view, std::string_view, host::LogLevel, std::string_view message) noexcept {
+  if (message.ends_with('\n')) message.remove_suffix(1);  // as the system's logs do
   try {
     const std::lock_guard guard(lock_);
     if (escape_) {

@@ -5,9 +5,12 @@
 
 #include <ostream>
 
+#include "client/BundleCommand.h"
 #include "client/CatalogueTable.h"
 #include "client/MachOCommand.h"
 #include "client/RunCommand.h"
+#include "client/SignatureCommand.h"
+#include "client/SmcCommand.h"
 
 namespace vantrell {
 
@@ -33,6 +36,12 @@ ExitStatus carryOut(const CommandLine& line, const CommandContext& context) {
       return printServiceVersion(context, line.connection);
     case CommandLine::Command::Run:
       return runOperation(context, line.connection, line.identifier, line.arguments);
+    case CommandLine::Command::Signature:
+      return describeSignature(context, line.file);
+    case CommandLine::Command::Smc:
+      return printSmcKeys(context, line.simulated);
+    case CommandLine::Command::Bundle:
+      return describeBundle(context, line.file);
     default:
       return describeExecutable(context, line.file);
   }

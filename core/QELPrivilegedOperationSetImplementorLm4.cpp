@@ -6,12 +6,6 @@
 #include <algorithm>
 #include <array>
 
-#include "core/QELPrivilegedTool.h"
-#include "fileops/AdvancedOpsAdditions.h"
-#include "fileops/FileObjectOperations.h"
-#include "foundation/FileManager.h"
-#include "process/SystemProgramRunner.h"
-
 namespace vantrell {
 
 /// One row: a selector and the method that answers it, of one of the two shapes.
@@ -27,26 +21,41 @@ struct QELPrivilegedOperationSetImplementorLm4::Entry {
   WithFeedback withFeedback = nullptr;
 };
 
-/// The rooms behind the file-object methods, put together for one request.
-struct QELPrivilegedOperationSetImplementorLm4::FileObjects {
-  explicit FileObjects(QELPrivilegedTool& tool)
-      : fileManager(*tool.host().fileSystem),
-        advancedOps(fileManager, *tool.host().fileSystem, tool.processInfo(), Log(*tool.host().systemLog),
-                    tool.host().currentProcess->effectiveUserID()),
-        operations(advancedOps, fileManager) {}
-
-  FileManager fileManager;
-  AdvancedOpsAdditions advancedOps;
-  FileObjectOperations operations;
-};
-
 std::span<const QELPrivilegedOperationSetImplementorLm4::Entry> QELPrivilegedOperationSetImplementorLm4::entries() {
   using Self = QELPrivilegedOperationSetImplementorLm4;
   static constexpr std::array kEntries = {
+      Entry{"performOperationModifySystemfileWithArguments:", &Self::performOperationModifySystemfile},
+      Entry{"performOperationCreateFileobjectWithArguments:", &Self::performOperationCreateFileobject},
+      Entry{"performOperationRenameFileobjectWithArguments:", &Self::performOperationRenameFileobject},
       Entry{"performOperationDeleteFileobjectsWithArguments:feedbackConnection:",
             &Self::performOperationDeleteFileobjects},
+      Entry{"performOperationDeleteFoldercontentsWithArguments:feedbackConnection:",
+            &Self::performOperationDeleteFoldercontents},
       Entry{"performOperationInspectFileobjectWithArguments:", &Self::performOperationInspectFileobject},
+      Entry{"performOperationTouchFileobjectWithArguments:", &Self::performOperationTouchFileobject},
+      Entry{"performOperationModifyProtectionWithArguments:", &Self::performOperationModifyProtection},
+      Entry{"performOperationModifyHfsattrWithArguments:", &Self::performOperationModifyHfsattr},
+      Entry{"performOperationCreateLinkWithArguments:", &Self::performOperationCreateLink},
+      Entry{"performOperationSearchAgedfilesWithArguments:feedbackConnection:", &Self::performOperationSearchAgedfiles},
+      Entry{"performOperationSearchFilenamesWithArguments:feedbackConnection:", &Self::performOperationSearchFilenames},
+      Entry{"performOperationSearchPatternsWithArguments:feedbackConnection:", &Self::performOperationSearchPatterns},
+      Entry{"performOperationSearchFileorphansWithArguments:feedbackConnection:",
+            &Self::performOperationSearchFileorphans},
+      Entry{"performOperationInspectStoragesizeWithArguments:", &Self::performOperationInspectStoragesize},
+      Entry{"performOperationModifyKernelsettingWithArguments:", &Self::performOperationModifyKernelsetting},
+      Entry{"performOperationModifyNvramWithArguments:", &Self::performOperationModifyNvram},
+      Entry{"performOperationModifyPreferencesWithArguments:", &Self::performOperationModifyPreferences},
+      Entry{"performOperationModifySysconfWithArguments:", &Self::performOperationModifySysconf},
+      Entry{"performOperationSignalProcessWithArguments:", &Self::performOperationSignalProcess},
+      Entry{"performOperationModifyAclWithArguments:", &Self::performOperationModifyAcl},
+      Entry{"performOperationPropPermissionsWithArguments:feedbackConnection:", &Self::performOperationPropPermissions},
       Entry{"performOperationExecuteUtilityWithArguments:feedbackConnection:", &Self::performOperationExecuteUtility},
+      Entry{"performOperationEnableIpvsixWithArguments:", &Self::performOperationEnableIpvsix},
+      Entry{"performOperationRenameStashfolderWithArguments:", &Self::performOperationRenameStashfolder},
+      Entry{"performOperationCreateInstallmediaWithArguments:feedbackConnection:",
+            &Self::performOperationCreateInstallmedia},
+      Entry{"performOperationEraseDiskblocksWithArguments:", &Self::performOperationEraseDiskblocks},
+      Entry{"performOperationWriteSmcvalueWithArguments:", &Self::performOperationWriteSmcvalue},
   };
   return kEntries;
 }
@@ -63,26 +72,6 @@ OperationMethod QELPrivilegedOperationSetImplementorLm4::methodForSelector(std::
   return [this, entry = *found](const Array& arguments, Feedback* feedback) {
     return entry.plain ? (this->*entry.plain)(arguments) : (this->*entry.withFeedback)(arguments, feedback);
   };
-}
-
-ErrorOrNil QELPrivilegedOperationSetImplementorLm4::performOperationDeleteFileobjects(const Array& arguments,
-                                                                                      Feedback* feedbackConnection) {
-  return FileObjects(privilegedTool()).operations.deleteFileobjects(arguments, feedbackConnection, [this] {
-    return isCancelled();
-  });
-}
-
-ErrorOrNil QELPrivilegedOperationSetImplementorLm4::performOperationInspectFileobject(const Array& arguments) {
-  return FileObjects(privilegedTool()).operations.inspectFileobject(arguments);
-}
-
-ErrorOrNil QELPrivilegedOperationSetImplementorLm4::performOperationExecuteUtility(const Array& arguments,
-                                                                                   Feedback* feedbackConnection) {
-  auto& host = privilegedTool().host();
-  FileManager fileManager(*host.fileSystem);
-  SystemProgramRunner runner(*host.childProcesses, fileManager, *host.fileSystem, Log(*host.systemLog),
-                             concreteOperation());
-  return runner.executeUtility(arguments, feedbackConnection);
 }
 
 }  // namespace vantrell

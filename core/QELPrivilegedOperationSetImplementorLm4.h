@@ -29,9 +29,39 @@ class QELPrivilegedOperationSetImplementorLm4 final : public QELPrivilegedOperat
   struct FileObjects;
   static std::span<const Entry> entries();
 
+  // core/FileOperationMethods.cpp
+  ErrorOrNil performOperationModifySystemfile(const Array& arguments);
+  ErrorOrNil performOperationCreateFileobject(const Array& arguments);
+  ErrorOrNil performOperationRenameFileobject(const Array& arguments);
   ErrorOrNil performOperationDeleteFileobjects(const Array& arguments, Feedback* feedbackConnection);
+  ErrorOrNil performOperationDeleteFoldercontents(const Array& arguments, Feedback* feedbackConnection);
   ErrorOrNil performOperationInspectFileobject(const Array& arguments);
+  ErrorOrNil performOperationTouchFileobject(const Array& arguments);
+  ErrorOrNil performOperationModifyProtection(const Array& arguments);
+  ErrorOrNil performOperationModifyHfsattr(const Array& arguments);
+  ErrorOrNil performOperationCreateLink(const Array& arguments);
+  ErrorOrNil performOperationRenameStashfolder(const Array& arguments);
+
+  // core/TreeOperationMethods.cpp
+  ErrorOrNil performOperationSearchAgedfiles(const Array& arguments, Feedback* feedbackConnection);
+  ErrorOrNil performOperationSearchFilenames(const Array& arguments, Feedback* feedbackConnection);
+  ErrorOrNil performOperationSearchPatterns(const Array& arguments, Feedback* feedbackConnection);
+  ErrorOrNil performOperationSearchFileorphans(const Array& arguments, Feedback* feedbackConnection);
+  ErrorOrNil performOperationInspectStoragesize(const Array& arguments);
+  ErrorOrNil performOperationModifyAcl(const Array& arguments);
+  ErrorOrNil performOperationPropPermissions(const Array& arguments, Feedback* feedbackConnection);
+
+  // core/SystemOperationMethods.cpp
+  ErrorOrNil performOperationModifyKernelsetting(const Array& arguments);
+  ErrorOrNil performOperationModifyNvram(const Array& arguments);
+  ErrorOrNil performOperationModifyPreferences(const Array& arguments);
+  ErrorOrNil performOperationModifySysconf(const Array& arguments);
+  ErrorOrNil performOperationSignalProcess(const Array& arguments);
   ErrorOrNil performOperationExecuteUtility(const Array& arguments, Feedback* feedbackConnection);
+  ErrorOrNil performOperationEnableIpvsix(const Array& arguments);
+  ErrorOrNil performOperationCreateInstallmedia(const Array& arguments, Feedback* feedbackConnection);
+  ErrorOrNil performOperationEraseDiskblocks(const Array& arguments);
+  ErrorOrNil performOperationWriteSmcvalue(const Array& arguments);
 };
 
 }  // namespace vantrell

@@ -30,7 +30,8 @@ QELPrivilegedTool::QELPrivilegedTool(const QELPrivilegedToolOperationSet& operat
       operationSet_(operationSet),
       host_(host),
       classes_(classes),
-      processInfo_(*host.fileSystem, *host.processTable) {}
+      processInfo_(*host.fileSystem, *host.processTable),
+      smcController_(*host.smcDriver, *host.systemLog) {}
 
 void QELPrivilegedTool::prepareToListen() {
   if (auto listener = host_.transport->makeListener(operationSet_.serviceIdentifierForHelper())) {

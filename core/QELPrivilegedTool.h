@@ -19,6 +19,7 @@
 #include "host/Host.h"
 #include "host/Transport.h"
 #include "platform/NSProcessInfoQELAdditions.h"
+#include "system/SmcSharedController.h"
 
 namespace vantrell {
 
@@ -56,6 +57,7 @@ class QELPrivilegedTool final : public QELPrivilegedToolProtocol, public host::L
   host::Host& host() const noexcept { return host_; }
   ClientRegistry& clients() noexcept { return clients_; }
   NSProcessInfoQELAdditions& processInfo() noexcept { return processInfo_; }
+  SmcSharedController& smcController() noexcept { return smcController_; }
 
   // host::ListenerDelegate
   bool listenerShouldAcceptNewConnection(host::Listener& listener, host::Connection& newConnection) override;
@@ -112,6 +114,7 @@ class QELPrivilegedTool final : public QELPrivilegedToolProtocol, public host::L
   host::Host& host_;
   const ClassRegistry& classes_;
   NSProcessInfoQELAdditions processInfo_;
+  SmcSharedController smcController_;
   ClientRegistry clients_;
   std::optional<Data> keyPrefix_;
   ActiveOperations activeOperations_;

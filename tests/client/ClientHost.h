@@ -13,7 +13,9 @@
 #include "host/linux/LinuxCurrentProcess.h"
 #include "host/linux/LinuxFileSystem.h"
 #include "host/linux/NettleCryptography.h"
+#include "tests/support/FakeApplications.h"
 #include "tests/support/FakeHostParts.h"
+#include "tests/support/ForwardingFileSystem.h"
 #include "tests/support/RecordingLog.h"
 
 namespace vantrell::tests {
@@ -30,28 +32,17 @@ struct FakeExecutableDescriptor final : host::ExecutableDescriptor {
 };
 
 /// Some paths as the test wants them, the rest real.
-struct OverlaidFileSystem final : host::FileSystem {
-  host::LinuxFileSystem real;
+struct OverlaidFileSystem final : ForwardingFileSystem {
+  OverlaidFileSystem() noexcept : ForwardingFileSystem(linuxFileSystem) {}
+
+  host::LinuxFileSystem linuxFileSystem;
   std::map<std::string, host::FileType, std::less<>> objects;  // Unknown: nothing is there
 
   Result<host::FileStatus> status(const std::string& path, host::FollowLinks follow) override {
     const auto found = objects.find(path);
-    if (found == objects.end()) return real.status(path, follow);
+    if (found == objects.end()) return real().status(path, follow);
     if (found->second == host::FileType::Unknown) return posixFailure(posix::kNoEntry);
     return host::FileStatus{.type = found->second};
-  }
-  ErrorOrNil setFlags(const std::string& path, std::uint32_t flags, host::FollowLinks follow) override {
-    return real.setFlags(path, flags, follow);
-  }
-  Result<std::unique_ptr<host::DirectoryHandle>> openDirectory(const std::string& path,
-                                                               host::FollowLinks follow) override {
-    return real.openDirectory(path, follow);
-  }
-  ErrorOrNil removeFile(const std::string& path) override { return real.removeFile(path); }
-  ErrorOrNil removeDirectory(const std::string& path) override { return real.removeDirectory(path); }
-  Result<std::string> readLink(const std::string& path) override { return real.readLink(path); }
-  Result<std::unique_ptr<host::FileContents>> loadFile(const std::string& path, std::uint64_t maximumSize) override {
-    return real.loadFile(path, maximumSize);
   }
 };
 
@@ -70,12 +61,16 @@ struct ClientHost {
     auto fakeFiles = std::make_unique<OverlaidFileSystem>();
     files = fakeFiles.get();
     host.fileSystem = std::move(fakeFiles);
+    auto fakeApplications = std::make_unique<FakeApplications>();
+    applications = fakeApplications.get();
+    host.applications = std::move(fakeApplications);
   }
 
   host::Host host;
   FakeCurrentProcess* process;
   FakeExecutableDescriptor* executables;
   OverlaidFileSystem* files;
+  FakeApplications* applications;
 };
 
 }  // namespace vantrell::tests

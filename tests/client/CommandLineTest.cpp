@@ -48,6 +48,12 @@ TEST_F(CommandLineTest, KnowsItsCommands) {
   const auto macho = line({"macho", "[a,b]"});
   EXPECT_EQ(macho.command, Command::MachO);
   EXPECT_EQ(macho.file, "[a,b]");
+  EXPECT_EQ(line({"signature", "/a"}).command, Command::Signature);
+  EXPECT_EQ(line({"signature", "/a"}).file, "/a");
+  EXPECT_EQ(line({"smc"}).command, Command::Smc);
+  EXPECT_FALSE(line({"smc"}).simulated);
+  EXPECT_EQ(line({"smc", "--simulated"}).command, Command::Smc);
+  EXPECT_TRUE(line({"smc", "--simulated"}).simulated);
 }
 
 TEST_F(CommandLineTest, TakesGlobalOptionsBeforeTheCommand) {
@@ -95,6 +101,10 @@ TEST_F(CommandLineTest, RefusesWhatItDoesNotKnow) {
   expectUsageError({"run", "--json", "nop"});
   expectUsageError({"macho"});
   expectUsageError({"macho", "a", "b"});
+  expectUsageError({"signature"});
+  expectUsageError({"signature", "/a", "/b"});
+  expectUsageError({"smc", "FNum"});
+  expectUsageError({"--simulated", "smc"});
   expectUsageError({"--address"});
 }
 
@@ -117,7 +127,7 @@ TEST_F(CommandLineTest, PrintsHelpOnRequest) {
   out_.str("");
   static_cast<void>(parse({"--help"}));
   for (const char* word : {"--address", "--bus", "--spawn", "--helper", "--json", "--no-progress", "list", "version",
-                           "run", "macho", "Exit status"}) {
+                           "run", "macho", "smc", "Exit status"}) {
     EXPECT_THAT(out_.str(), HasSubstr(word));
   }
 }

@@ -40,7 +40,10 @@ TEST_F(VantrellctlProgram, EndsWith2OnAUsageError) {
                                  {"run", "nop", "too many"},
                                  {"run", "signal-process", "1", "x"},
                                  {"--bus", "--address", "unix:path=/x", "version"},
-                                 {"macho"}};
+                                 {"macho"},
+                                 {"bundle"},
+                                 {"bundle", "/a", "/b"},
+                                 {"smc", "FNum"}};
   for (const auto& words : lines) {
     const auto result = run(words);
     EXPECT_EQ(result.status, 2) << testing::PrintToString(words);
@@ -108,6 +111,24 @@ TEST_F(VantrellctlProgram, EndsWith1OnAFileThatIsNoExecutable) {
     EXPECT_EQ(result.output, "");
     EXPECT_NE(result.error, "");
   }
+}
+
+TEST_F(VantrellctlProgram, ShowsASimulatedSystemManagementController) {
+  const auto result = run({"smc", "--simulated"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_THAT(result.output, StartsWith("Key   Type  Access      Value\n#KEY  ui32  read"));
+  const auto json = run({"--json", "smc", "--simulated"});
+  EXPECT_EQ(json.status, 0);
+  EXPECT_EQ(std::ranges::count(json.output, '\n'), std::ranges::count(result.output, '\n') - 1);
+  EXPECT_EQ(nlohmann::json::parse(json.output.substr(0, json.output.find('\n')))["key"], "#KEY");
+}
+
+TEST_F(VantrellctlProgram, EndsWith1WithoutASystemManagementController) {
+  if (std::filesystem::exists("/sys/devices/platform/applesmc.768")) GTEST_SKIP() << "this computer has one";
+  const auto result = run({"smc"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.output, "");
+  EXPECT_THAT(result.error, StartsWith("vantrellctl: This computer has no System Management Controller"));
 }
 
 }  // namespace

@@ -178,6 +178,7 @@ TEST_F(SystemProgram, ARefusedStartEndsWithAnErrorInsteadOfWaiting) {
     }
     void setSearchPath(const std::optional<std::string>&) override {}
     std::optional<std::string> searchPath() override { return std::nullopt; }
+    std::unique_ptr<host::OpenFileCreationMask> openFileCreationMask() override { return nullptr; }
     void writeToOwnStream(host::ChildStream, DataView) noexcept override {}
   } children;
   SystemProgramRunner runner(children, fileManager_, fileSystem_, Log(log_), nullptr);

@@ -97,6 +97,7 @@ TEST_F(TaskExecutorConcurrent, TheDelegateMayGoDuringTheRun) {
     }
     void setSearchPath(const std::optional<std::string>&) override {}
     std::optional<std::string> searchPath() override { return std::nullopt; }
+    std::unique_ptr<host::OpenFileCreationMask> openFileCreationMask() override { return real.openFileCreationMask(); }
     void writeToOwnStream(host::ChildStream, DataView bytes) noexcept override { rest += bytes.size(); }
     host::LinuxChildProcesses real;
     std::atomic<std::size_t> rest = 0;
