@@ -21,6 +21,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "benchmarks/Quick.h"
 #include "fileops/AdvancedOpsAdditions.h"
 #include "host/SystemLog.h"
 #include "host/linux/LinuxFileSystem.h"
@@ -61,7 +62,7 @@ class Workplace {
       const auto folder = tree() + "/" + std::to_string(outer);
       makeFolder(folder);
       makeFiles(folder);
-      for (int inner = 0; inner < kInnerFolders; ++inner) {
+      for (int inner = 0; inner < benchmarks::sized(kInnerFolders); ++inner) {
         makeFolder(folder + "/folder " + std::to_string(inner));
         makeFiles(folder + "/folder " + std::to_string(inner));
       }
@@ -183,7 +184,7 @@ constexpr int kRounds = 5;
     skipWithoutRoot(state);                          \
     if (!state.error_occurred()) place(state, body); \
   }                                                  \
-  BENCHMARK(name)->Iterations(kRounds)->UseManualTime()->Unit(benchmark::kMillisecond)
+  BENCHMARK(name)->Iterations(benchmarks::sized(kRounds))->UseManualTime()->Unit(benchmark::kMillisecond)
 
 VANTRELL_MEASURE(removalOnDisk, onDisk, removal);
 VANTRELL_MEASURE(removalInMemory, inMemory, removal);

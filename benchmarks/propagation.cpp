@@ -17,6 +17,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "benchmarks/Quick.h"
 #include "foundation/FileManager.h"
 #include "host/linux/LinuxFileSystem.h"
 #include "host/linux/NoLog.h"
@@ -99,9 +100,9 @@ void measure(benchmark::State& state, const std::string& place, State begin, Wor
 void add(const std::string& name, const std::string& place, State begin, void (*work)(const Tree&)) {
   benchmark::RegisterBenchmark((name + " " + place).c_str(),
                                [=](benchmark::State& state) { measure(state, place, begin, work); })
-      ->Arg(1'000)
-      ->Arg(10'000)
-      ->Iterations(3)
+      ->Arg(benchmarks::sized(1'000))
+      ->Arg(benchmarks::sized(10'000))
+      ->Iterations(benchmarks::sized(3))
       ->Unit(benchmark::kMillisecond)
       ->UseRealTime();
 }

@@ -20,6 +20,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "benchmarks/Quick.h"
 #include "foundation/FileManager.h"
 #include "foundation/Log.h"
 #include "host/linux/LinuxFileSystem.h"
@@ -48,7 +49,7 @@ class Tree {
     require(mkdtemp(top.data()) != nullptr, top);
     std::vector<std::string> folders{top};
     top_ = top;
-    for (unsigned made = 1; made < kFolders; ++made) {
+    for (unsigned made = 1; made < benchmarks::sized(kFolders); ++made) {
       folders.push_back(fmt::format("{}/folder-{}", folders[(made - 1) / 10], made));
       require(mkdir(folders.back().c_str(), 0755) == 0, folders.back());
     }

@@ -28,9 +28,9 @@ struct DirectoryEntry {
   FileType type = FileType::Unknown;
 };
 
-/// An open folder. Every operation below takes one name (no slash, not empty, not "." or "..": POSIX error 22) and acts
-/// on that entry of this very folder, wherever the folder may have been moved meanwhile, and through a link only where
-/// `follow` says so. One thread at a time.
+/// An open folder. Every operation below takes one name (no slash, not empty, not "." or "..": POSIX error 22), acts on
+/// that entry of this very folder, wherever that may be by then, and through a link only where `follow` says so. One
+/// thread at a time, but that others may call what is const and takes a name while one enumerates.
 class DirectoryHandle {
  public:
   virtual ~DirectoryHandle() = default;

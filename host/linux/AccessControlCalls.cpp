@@ -7,6 +7,7 @@
 
 #include <fcntl.h>
 #include <linux/xattr.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -58,9 +59,8 @@ LoadedList load(const AccessListPlace& place, const char* name) {
   return errnoFailure();
 }
 
-ErrorOrNil store(const char* path, const char* name, const PosixAccessList& list) {
-  const Data bytes = attributeOfList(list);
-  if (setxattr(path, name, bytes.data(), bytes.size(), 0) != 0) return errorFromErrno();
+ErrorOrNil store(const AccessListPlace& place, const char* name, const PosixAccessList& list) {
+  if (place.set(name, attributeOfList(list)) != 0) return errorFromErrno();
   return std::nullopt;
 }
 
@@ -71,9 +71,9 @@ LoadedList loadDefaultList(const AccessListPlace& place) {
   return list;
 }
 
-ErrorOrNil storeDefaultList(const char* path, const std::optional<PosixAccessList>& list) {
-  if (list) return store(path, XATTR_NAME_POSIX_ACL_DEFAULT, *list);
-  if (removexattr(path, XATTR_NAME_POSIX_ACL_DEFAULT) != 0 && errno != ENODATA) return errorFromErrno();
+ErrorOrNil storeDefaultList(const AccessListPlace& place, const std::optional<PosixAccessList>& list) {
+  if (list) return store(place, XATTR_NAME_POSIX_ACL_DEFAULT, *list);
+  if (place.remove(XATTR_NAME_POSIX_ACL_DEFAULT) != 0 && errno != ENODATA) return errorFromErrno();
   return std::nullopt;
 }
 
@@ -100,8 +100,9 @@ const PosixAccessControlList* wantedList(const AccessControlList* list) {
   return list ? dynamic_cast<const PosixAccessControlList*>(list) : &none;
 }
 
-ErrorOrNil writeAccessEntries(int location, const FileStatus& status, const PosixAccessControlList& list) {
-  const auto loaded = loadAccessList(AccessListPlace(location));
+ErrorOrNil writeAccessEntries(const AccessListPlace& place, const FileStatus& status,
+                              const PosixAccessControlList& list) {
+  const auto loaded = loadAccessList(place);
   if (!loaded) {
     const bool isDone = list.isEmpty() && loaded.error().isPosix(posix::kNotSupported);
     return isDone ? std::nullopt : ErrorOrNil(loaded.error());
@@ -110,35 +111,51 @@ ErrorOrNil writeAccessEntries(int location, const FileStatus& status, const Posi
   // With no entry left the kernel takes the rest for a mode and drops the list. Removing the attribute instead would
   // leave the mask's rights to the owning group.
   const auto current = *loaded ? **loaded : listOfMode(status.permissions);
-  return storeAccessList(DescriptorPath(location).get(), listWithNamedEntries(current, list.named()));
+  return storeAccessList(place, listWithNamedEntries(current, list.named()));
 }
 
-ErrorOrNil writeDefaultList(int location, const PosixAccessControlList& list) {
-  const auto loaded = loadDefaultList(AccessListPlace(location));
+ErrorOrNil writeDefaultList(const AccessListPlace& place, const PosixAccessControlList& list) {
+  const auto loaded = loadDefaultList(place);
   if (!loaded) return loaded.error();
   if (*loaded == list.defaultList()) return std::nullopt;
-  return storeDefaultList(DescriptorPath(location).get(), list.defaultList());
+  return storeDefaultList(place, list.defaultList());
 }
 
 }  // namespace
 
 Result<FileStatus> AccessListPlace::status() const {
-  return name_ ? readFileStatus(folder_, name_, AT_SYMLINK_NOFOLLOW) : readFileStatus(folder_, "", AT_EMPTY_PATH);
+  if (way_ == Way::Entry) return readFileStatus(descriptor_, name_, AT_SYMLINK_NOFOLLOW);
+  return readFileStatus(descriptor_, "", AT_EMPTY_PATH);
 }
 
 ssize_t AccessListPlace::get(const char* attribute, std::span<std::uint8_t> buffer) const {
-  if (!name_) return getxattr(DescriptorPath(folder_).get(), attribute, buffer.data(), buffer.size());
-  const ssize_t count = getAttributeAt(folder_, name_, attribute, buffer);
+  if (way_ == Way::Open) return fgetxattr(descriptor_, attribute, buffer.data(), buffer.size());
+  if (way_ == Way::Held) return getxattr(DescriptorPath(descriptor_).get(), attribute, buffer.data(), buffer.size());
+  const ssize_t count = getAttributeAt(descriptor_, name_, attribute, buffer);
   if (count >= 0 || (errno != ENOSYS && errno != EPERM)) return count;
-  return lgetxattr(DescriptorPath(folder_, name_).get(), attribute, buffer.data(), buffer.size());
+  return lgetxattr(DescriptorPath(descriptor_, name_).get(), attribute, buffer.data(), buffer.size());
+}
+
+int AccessListPlace::set(const char* attribute, DataView value) const {
+  if (way_ == Way::Open) return fsetxattr(descriptor_, attribute, value.data(), value.size(), 0);
+  return setxattr(DescriptorPath(descriptor_).get(), attribute, value.data(), value.size(), 0);
+}
+
+int AccessListPlace::remove(const char* attribute) const {
+  return way_ == Way::Open ? fremovexattr(descriptor_, attribute)
+                           : removexattr(DescriptorPath(descriptor_).get(), attribute);
+}
+
+int AccessListPlace::changeMode(unsigned mode) const {
+  return way_ == Way::Open ? fchmod(descriptor_, mode) : chmod(DescriptorPath(descriptor_).get(), mode);
 }
 
 Result<std::optional<PosixAccessList>> loadAccessList(const AccessListPlace& place) {
   return load(place, XATTR_NAME_POSIX_ACL_ACCESS);
 }
 
-ErrorOrNil storeAccessList(const char* path, const PosixAccessList& list) {
-  return store(path, XATTR_NAME_POSIX_ACL_ACCESS, list);
+ErrorOrNil storeAccessList(const AccessListPlace& place, const PosixAccessList& list) {
+  return store(place, XATTR_NAME_POSIX_ACL_ACCESS, list);
 }
 
 Result<std::unique_ptr<AccessControlList>> readAccessControlList(const AccessListPlace& place) {
@@ -176,15 +193,15 @@ bool hasAccessControlList(const AccessListPlace& place, const AccessControlList*
   return defaultList && *defaultList == wanted->defaultList();
 }
 
-ErrorOrNil writeAccessControlList(int location, const AccessControlList* list) {
+ErrorOrNil writeAccessControlList(const AccessListPlace& place, const AccessControlList* list) {
   const auto* wanted = wantedList(list);
   if (!wanted) return Error::posix(posix::kInvalidArgument);
-  const auto status = readFileStatus(location, "", AT_EMPTY_PATH);
+  const auto status = place.status();
   if (!status) return status.error();
   if (status->isSymbolicLink())
     return wanted->isEmpty() ? std::nullopt : ErrorOrNil(Error::posix(posix::kNotSupported));
-  if (auto error = writeAccessEntries(location, *status, *wanted)) return error;
-  return status->isDirectory() ? writeDefaultList(location, *wanted) : std::nullopt;
+  if (auto error = writeAccessEntries(place, *status, *wanted)) return error;
+  return status->isDirectory() ? writeDefaultList(place, *wanted) : std::nullopt;
 }
 
 Result<std::unique_ptr<AccessControlList>> readInheritedAccessControlList(int folder, const char* name) {
@@ -197,7 +214,7 @@ Result<std::unique_ptr<AccessControlList>> readInheritedAccessControlList(int fo
   auto handedOn = loadDefaultList(place);
   if (!handedOn) return failure(handedOn.error());
   if (*access && !(*access)->named.empty()) {
-    const auto word = loadDefaultList(AccessListPlace(folder));
+    const auto word = loadDefaultList(AccessListPlace::held(folder));
     if (!word) return failure(word.error());
     if (*word && (*word)->mask) (*access)->mask = (*word)->mask;
   }

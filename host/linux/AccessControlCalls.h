@@ -10,6 +10,7 @@
 
 #include <sys/types.h>
 
+#include "foundation/Data.h"
 #include "foundation/Error.h"
 #include "foundation/Result.h"
 #include "host/AccessControlList.h"
@@ -18,27 +19,35 @@
 
 namespace vantrell::host {
 
-/// The object whose list is read: an entry of an open folder, never through a link, or what a location-only descriptor
-/// holds. Refers to its arguments.
+/// The object whose list and mode are read and written: an entry of an open folder, never through a link and only to
+/// be read; what a location-only descriptor holds; or what is open. The kernel's ways to these differ, and so does what
+/// they cost. Refers to its arguments.
 class AccessListPlace {
  public:
-  AccessListPlace(int folder, const char* name) noexcept : folder_(folder), name_(name) {}
-  explicit AccessListPlace(int location) noexcept : folder_(location) {}
+  AccessListPlace(int folder, const char* name) noexcept : descriptor_(folder), name_(name) {}
+  static AccessListPlace held(int location) noexcept { return {location, Way::Held}; }
+  static AccessListPlace open(int descriptor) noexcept { return {descriptor, Way::Open}; }
 
   Result<FileStatus> status() const;
-  /// As getxattr.
+  // As getxattr, setxattr, removexattr and chmod.
   ssize_t get(const char* attribute, std::span<std::uint8_t> buffer) const;
+  int set(const char* attribute, DataView value) const;
+  int remove(const char* attribute) const;
+  int changeMode(unsigned mode) const;
 
  private:
-  int folder_;
+  enum class Way : std::uint8_t { Entry, Held, Open };
+  AccessListPlace(int descriptor, Way way) noexcept : descriptor_(descriptor), way_(way) {}
+
+  int descriptor_;
   const char* name_ = nullptr;
+  Way way_ = Way::Entry;
 };
 
 /// The access list of the object; nothing when it has only its mode. POSIX error 45 where the file system has no lists,
 /// and for a symbolic link.
 Result<std::optional<PosixAccessList>> loadAccessList(const AccessListPlace& place);
-/// `path` is one of /proc/self/fd (DescriptorPath).
-ErrorOrNil storeAccessList(const char* path, const PosixAccessList& list);
+ErrorOrNil storeAccessList(const AccessListPlace& place, const PosixAccessList& list);
 
 /// See ObjectHandle::accessControlList and ownPermissions.
 Result<std::unique_ptr<AccessControlList>> readAccessControlList(const AccessListPlace& place);
@@ -47,8 +56,8 @@ Result<std::uint16_t> readOwnPermissions(const AccessListPlace& place, const Fil
 /// Whether the object is certain to have this list (or none, for null) already. One attribute read, two for a folder's.
 bool hasAccessControlList(const AccessListPlace& place, const AccessControlList* list);
 
-/// For the object held by the location-only descriptor; see ObjectHandle::setAccessControlList.
-ErrorOrNil writeAccessControlList(int location, const AccessControlList* list);
+/// See ObjectHandle::setAccessControlList.
+ErrorOrNil writeAccessControlList(const AccessListPlace& place, const AccessControlList* list);
 
 /// See DirectoryHandle::inheritedAccessControlListOf.
 Result<std::unique_ptr<AccessControlList>> readInheritedAccessControlList(int folder, const char* name);

@@ -8,7 +8,6 @@
 #include <unistd.h>
 
 #include "foundation/PosixCodes.h"
-#include "host/linux/AccessControlCalls.h"
 #include "host/linux/DescriptorPath.h"
 #include "host/linux/ErrorNumbers.h"
 #include "host/linux/FileStatusCalls.h"
@@ -21,22 +20,22 @@ constexpr unsigned kSpecialBits = 07000;
 constexpr unsigned kAccessBits = 0777;
 constexpr unsigned kAllBits = 07777;
 
-ErrorOrNil changeMode(const DescriptorPath& path, unsigned mode) {
-  if (chmod(path.get(), mode) != 0) return errorFromErrno();
+ErrorOrNil changeMode(const AccessListPlace& place, unsigned mode) {
+  if (place.changeMode(mode) != 0) return errorFromErrno();
   return std::nullopt;
 }
 
 // The special bits that go are gone before the list widens anything, and those that come, come when it has narrowed.
-ErrorOrNil writePermissionsWithList(const DescriptorPath& path, const PosixAccessList& list, unsigned current,
+ErrorOrNil writePermissionsWithList(const AccessListPlace& place, const PosixAccessList& list, unsigned current,
                                     unsigned permissions) {
   const auto wanted = listWithPermissions(list, permissions);
   const unsigned wantedMode = (permissions & kSpecialBits) | modeOf(wanted);
   const unsigned kept = current & (permissions | kAccessBits);
   if (kept != current)
-    if (auto error = changeMode(path, kept)) return error;
+    if (auto error = changeMode(place, kept)) return error;
   if (wanted != list)
-    if (auto error = storeAccessList(path.get(), wanted)) return error;
-  if (((permissions & ~current) & kSpecialBits) != 0) return changeMode(path, wantedMode);
+    if (auto error = storeAccessList(place, wanted)) return error;
+  if (((permissions & ~current) & kSpecialBits) != 0) return changeMode(place, wantedMode);
   return std::nullopt;
 }
 
@@ -51,16 +50,15 @@ ErrorOrNil writeOwner(int folder, const char* name, int flags, std::optional<std
   return std::nullopt;
 }
 
-ErrorOrNil writePermissions(int location, std::uint16_t permissions) {
+ErrorOrNil writePermissions(const AccessListPlace& place, std::uint16_t permissions) {
   const unsigned wanted = permissions & kAllBits;
-  const auto status = readFileStatus(location, "", AT_EMPTY_PATH);
+  const auto status = place.status();
   if (!status) return status.error();
   if (status->isSymbolicLink()) return std::nullopt;
-  const DescriptorPath path(location);
-  const auto list = loadAccessList(AccessListPlace(location));
+  const auto list = loadAccessList(place);
   if (!list && !list.error().isPosix(posix::kNotSupported)) return list.error();
-  if (list && *list) return writePermissionsWithList(path, **list, status->permissions, wanted);
-  return changeMode(path, wanted);
+  if (list && *list) return writePermissionsWithList(place, **list, status->permissions, wanted);
+  return changeMode(place, wanted);
 }
 
 ErrorOrNil writeModeOfNewObject(int location, std::uint16_t permissions) {

@@ -9,6 +9,7 @@
 #include "foundation/Error.h"
 #include "foundation/Result.h"
 #include "host/FileStatus.h"
+#include "host/linux/AccessControlCalls.h"
 
 namespace vantrell::host {
 
@@ -16,9 +17,8 @@ namespace vantrell::host {
 ErrorOrNil writeOwner(int folder, const char* name, int flags, std::optional<std::uint32_t> owner,
                       std::optional<std::uint32_t> group);
 
-/// Sets the low twelve mode bits of an object that is held by a location-only descriptor; see
-/// ObjectHandle::setPermissions.
-ErrorOrNil writePermissions(int location, std::uint16_t permissions);
+/// Sets the low twelve mode bits; see ObjectHandle::setPermissions.
+ErrorOrNil writePermissions(const AccessListPlace& place, std::uint16_t permissions);
 
 /// The mode bits alone, as the kernel takes them: an access control list's mask goes with the group's bits. For an
 /// object that was just created. Success without effect where the file system keeps no modes.

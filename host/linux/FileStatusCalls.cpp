@@ -7,7 +7,9 @@
 #include <linux/fs.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/sysmacros.h>
+#include <unistd.h>
 
 #include "foundation/PosixCodes.h"
 #include "host/linux/DescriptorPath.h"
@@ -20,13 +22,14 @@ namespace {
 struct FlagPair {
   std::uint32_t bsd;
   unsigned inode;           // FS_IOC_GETFLAGS
+  std::uint64_t extended;   // file_getattr
   std::uint64_t attribute;  // statx
 };
 
 constexpr FlagPair kFlagPairs[] = {
-    {file_flags::kUserNoDump, FS_NODUMP_FL, STATX_ATTR_NODUMP},
-    {file_flags::kUserImmutable, FS_IMMUTABLE_FL, STATX_ATTR_IMMUTABLE},
-    {file_flags::kUserAppend, FS_APPEND_FL, STATX_ATTR_APPEND},
+    {file_flags::kUserNoDump, FS_NODUMP_FL, FS_XFLAG_NODUMP, STATX_ATTR_NODUMP},
+    {file_flags::kUserImmutable, FS_IMMUTABLE_FL, FS_XFLAG_IMMUTABLE, STATX_ATTR_IMMUTABLE},
+    {file_flags::kUserAppend, FS_APPEND_FL, FS_XFLAG_APPEND, STATX_ATTR_APPEND},
 };
 constexpr std::uint32_t kKnownFlags = file_flags::kUserNoDump | file_flags::kUserImmutable | file_flags::kUserAppend;
 constexpr std::uint64_t kKnownAttributes = STATX_ATTR_NODUMP | STATX_ATTR_IMMUTABLE | STATX_ATTR_APPEND;
@@ -107,6 +110,27 @@ ErrorOrNil writeInodeFlags(int descriptor, std::uint32_t flags) {
   return std::nullopt;
 }
 
+// Since Linux 6.17, under one number on all machines: flags by name, without opening anything.
+constexpr long kGetFileAttributes = 468;  // SYS_file_getattr
+constexpr long kSetFileAttributes = 469;  // SYS_file_setattr
+struct FileAttributes {
+  std::uint64_t flags;
+  std::uint32_t extentSize;
+  std::uint32_t extentCount;
+  std::uint32_t project;
+  std::uint32_t copyExtentSize;
+};
+
+// False where it can't be done so, for whatever reason: the longer way tells.
+bool writeFlagsByName(int folder, const char* name, std::uint32_t flags) {
+  FileAttributes attributes{};
+  if (syscall(kGetFileAttributes, folder, name, &attributes, sizeof attributes, AT_SYMLINK_NOFOLLOW) != 0) return false;
+  for (const auto& pair : kFlagPairs)
+    attributes.flags = (flags & pair.bsd) ? attributes.flags | pair.extended : attributes.flags & ~pair.extended;
+  attributes.extentCount = 0;  // told, not set
+  return syscall(kSetFileAttributes, folder, name, &attributes, sizeof attributes, AT_SYMLINK_NOFOLLOW) == 0;
+}
+
 }  // namespace
 
 Result<FileStatus> readFileStatus(int folder, const char* name, int extraFlags) {
@@ -116,6 +140,19 @@ Result<FileStatus> readFileStatus(int folder, const char* name, int extraFlags) 
 }
 
 ErrorOrNil writeFileFlags(int folder, const char* name, FollowLinks follow, std::uint32_t flags) {
+  if (follow == FollowLinks::No) {
+    const auto status = callStatx(folder, name, AT_SYMLINK_NOFOLLOW);
+    if (!status) return status.error();
+    switch (flagChangeNeeded(*status, flags)) {
+      case FlagChange::None:
+        return std::nullopt;
+      case FlagChange::Impossible:
+        return Error::posix(posix::kNotSupported);
+      case FlagChange::ViaInode:
+        if (writeFlagsByName(folder, name, flags)) return std::nullopt;
+        break;
+    }
+  }
   const int noFollow = follow == FollowLinks::No ? O_NOFOLLOW : 0;
   // A location only: it pins the object without opening it, so that what is examined is what is opened afterwards.
   const FileDescriptor location(openat(folder, name, O_PATH | O_CLOEXEC | noFollow));

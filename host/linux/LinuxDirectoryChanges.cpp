@@ -77,7 +77,7 @@ ErrorOrNil LinuxDirectoryHandle::setOwnerOf(const char* name, std::optional<std:
 ErrorOrNil LinuxDirectoryHandle::setPermissionsOf(const char* name, std::uint16_t permissions) {
   const auto location = pin(folder_.get(), name);
   if (!location) return location.error();
-  return writePermissions(location->get(), permissions);
+  return writePermissions(AccessListPlace::held(location->get()), permissions);
 }
 
 Result<std::uint16_t> LinuxDirectoryHandle::ownPermissionsOf(const char* name, const FileStatus& status) const {
@@ -98,7 +98,7 @@ ErrorOrNil LinuxDirectoryHandle::setAccessControlListOf(const char* name, const 
   struct stat status;
   if (fstatat(location->get(), "", &status, AT_EMPTY_PATH) != 0) return errorFromErrno();
   if (S_ISLNK(status.st_mode)) return Error::posix(posix::kNotSupported);
-  return writeAccessControlList(location->get(), list);
+  return writeAccessControlList(AccessListPlace::held(location->get()), list);
 }
 
 Result<std::unique_ptr<AccessControlList>> LinuxDirectoryHandle::inheritedAccessControlListOf(const char* name) const {

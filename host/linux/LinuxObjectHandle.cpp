@@ -35,12 +35,23 @@ bool isDate(const std::optional<Date>& date) {
 
 }  // namespace
 
+// Several times as fast as the way through /proc, hence worth its own call, but only harmless for these two types.
+AccessListPlace LinuxObjectHandle::place() const {
+  if (!hasTriedToOpen_) {
+    hasTriedToOpen_ = true;
+    const auto present = status();
+    if (present && (present->type == FileType::Regular || present->isDirectory()))
+      opened_.reset(open(DescriptorPath(location_.get()).get(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  }
+  return opened_ ? AccessListPlace::open(opened_.get()) : AccessListPlace::held(location_.get());
+}
+
 Result<FileStatus> LinuxObjectHandle::status() const {
   return readFileStatus(location_.get(), "", AT_EMPTY_PATH);
 }
 
 Result<std::uint16_t> LinuxObjectHandle::ownPermissions(const FileStatus& status) const {
-  return readOwnPermissions(AccessListPlace(location_.get()), status);
+  return readOwnPermissions(place(), status);
 }
 
 Result<std::unique_ptr<DirectoryHandle>> LinuxObjectHandle::openDirectory() const {
@@ -56,7 +67,7 @@ ErrorOrNil LinuxObjectHandle::setOwner(std::optional<std::uint32_t> owner, std::
 }
 
 ErrorOrNil LinuxObjectHandle::setPermissions(std::uint16_t permissions) {
-  return writePermissions(location_.get(), permissions);
+  return writePermissions(place(), permissions);
 }
 
 ErrorOrNil LinuxObjectHandle::setFlags(std::uint32_t flags) {
@@ -100,11 +111,11 @@ ErrorOrNil LinuxObjectHandle::removeExtendedAttribute(const std::string& name, F
 }
 
 Result<std::unique_ptr<AccessControlList>> LinuxObjectHandle::accessControlList() const {
-  return readAccessControlList(AccessListPlace(location_.get()));
+  return readAccessControlList(place());
 }
 
 ErrorOrNil LinuxObjectHandle::setAccessControlList(const AccessControlList* list) {
-  return writeAccessControlList(location_.get(), list);
+  return writeAccessControlList(place(), list);
 }
 
 Result<std::unique_ptr<ObjectHandle>> openLinuxObject(int folder, const char* name, FollowLinks follow) {

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "host/ObjectHandle.h"
+#include "host/linux/AccessControlCalls.h"
 #include "host/linux/FileDescriptor.h"
 
 namespace vantrell::host {
@@ -31,7 +32,11 @@ class LinuxObjectHandle final : public ObjectHandle {
   ErrorOrNil setAccessControlList(const AccessControlList* list) override;
 
  private:
+  AccessListPlace place() const;
+
   FileDescriptor location_;
+  mutable FileDescriptor opened_;  // the same object, once list or mode have been asked for, if it could be opened
+  mutable bool hasTriedToOpen_ = false;
 };
 
 /// The object `name` in the open folder `folder` (or at a path, with AT_FDCWD).
