@@ -28,6 +28,12 @@ struct DirectoryEntry {
   FileType type = FileType::Unknown;
 };
 
+/// See DirectoryHandle::examineRightsOf.
+struct ExaminedRights {
+  std::uint16_t ownPermissions = 0;
+  bool hasList = false;
+};
+
 /// An open folder. Every operation below takes one name (no slash, not empty, not "." or "..": POSIX error 22), acts on
 /// that entry of this very folder, wherever that may be by then, and through a link only where `follow` says so. One
 /// thread at a time, but that others may call what is const and takes a name while one enumerates.
@@ -105,6 +111,23 @@ class DirectoryHandle {
   ///
   /// On Linux: the entry's named entries as this folder's default list has them in force, and a folder's default list.
   virtual Result<std::unique_ptr<AccessControlList>> inheritedAccessControlListOf(const char* name) const = 0;
+
+  /// An entry whose status was just read, never through a link: openObject, but that a host may take the quicker way of
+  /// opening what was a regular file or a folder. Somebody may have put another object in its place: read the status.
+  virtual Result<std::unique_ptr<ObjectHandle>> openExaminedObject(const char* name, const FileStatus& status) const {
+    static_cast<void>(status);
+    return openObject(name, FollowLinks::No);
+  }
+
+  /// The rights to an entry whose status was just read, and whether it is certain to have exactly this list (null:
+  /// none) already. An error where the list can't be read.
+  virtual Result<ExaminedRights> examineRightsOf(const char* name, const FileStatus& status,
+                                                 const AccessControlList* list) const {
+    static_cast<void>(list);
+    const auto permissions = ownPermissionsOf(name, status);
+    if (!permissions) return std::unexpected(permissions.error());
+    return ExaminedRights{*permissions, false};
+  }
 
   /// Returns when the entries of this folder have reached the storage device.
   virtual ErrorOrNil synchronize() = 0;

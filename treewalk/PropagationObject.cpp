@@ -52,7 +52,11 @@ ErrorOrNil PropagationObject::propagate(const std::optional<const host::AccessCo
                                         const PropagationRights& rights) {
   // One whose owner is right is most likely right in all else, which is cheaper to see by name. If it can't be held,
   // the steps find out why.
-  if (rights.changesOwner() && !hasOwner(rights.owner, rights.group)) (void)hold();
+  if (rights.changesOwner() && !hasOwner(rights.owner, rights.group)) {
+    (void)hold();
+  } else if (list) {
+    examine(*list);
+  }
   // They stand beside the list, but once a list has gone the status that was read with it no longer tells them.
   if (list && rights.changesMode()) (void)ownPermissions();
   if (list)
@@ -65,7 +69,8 @@ ErrorOrNil PropagationObject::propagate(const std::optional<const host::AccessCo
 
 ErrorOrNil PropagationObject::setAccessControlList(const host::AccessControlList* list) {
   if (status_.isSymbolicLink()) return std::nullopt;
-  auto error = handle_ ? handle_->setAccessControlList(list) : folder_.setAccessControlListOf(name_, list);
+  ErrorOrNil error;
+  if (!hasList_) error = handle_ ? handle_->setAccessControlList(list) : folder_.setAccessControlListOf(name_, list);
   // What has the list already was not written to, so that nobody noticed that it can't be.
   if (!error && isLocked()) error = Error::posix(posix::kNotPermitted);
   if (error) return propagation_error::accessControlListNotSet(path(), *error);
@@ -105,7 +110,7 @@ ErrorOrNil PropagationObject::copyOwnerMode(bool ownerMode, bool groupMode, bool
 
 ErrorOrNil PropagationObject::hold() {
   if (handle_) return std::nullopt;
-  auto handle = folder_.openObject(name_, host::FollowLinks::No);
+  auto handle = folder_.openExaminedObject(name_, status_);
   if (!handle) return handle.error();
   auto status = (*handle)->status();
   if (!status) return status.error();
@@ -113,6 +118,14 @@ ErrorOrNil PropagationObject::hold() {
   status_ = *status;
   ownPermissions_.reset();
   return std::nullopt;
+}
+
+// Where it can't be examined, the steps find out why.
+void PropagationObject::examine(const host::AccessControlList* list) {
+  const auto rights = folder_.examineRightsOf(name_, status_, list);
+  if (!rights) return;
+  ownPermissions_ = rights->ownPermissions;
+  hasList_ = rights->hasList;
 }
 
 const Result<std::uint16_t>& PropagationObject::ownPermissions() {

@@ -54,6 +54,7 @@ class PropagationObject {
   bool isLocked() const noexcept;
   bool hasOwner(std::optional<std::uint32_t> owner, std::optional<std::uint32_t> group) const noexcept;
   ErrorOrNil hold();
+  void examine(const host::AccessControlList* list);
   const Result<std::uint16_t>& ownPermissions();
 
   host::DirectoryHandle& folder_;
@@ -63,6 +64,7 @@ class PropagationObject {
   std::string_view relativePath_;
   std::unique_ptr<host::ObjectHandle> handle_;
   std::optional<Result<std::uint16_t>> ownPermissions_;
+  bool hasList_ = false;  // the one that it is to have, as was seen without holding it
 };
 
 }  // namespace vantrell

@@ -89,6 +89,13 @@ std::unique_ptr<AccessControlList> makeList(std::vector<PosixAccessList::NamedEn
   return list;
 }
 
+constexpr unsigned kGroupBits = 070;
+
+// What the mode shows for the group beside a list is the list's mask.
+std::uint16_t permissionsBeside(const PosixAccessList& list, const FileStatus& status) {
+  return static_cast<std::uint16_t>((status.permissions & ~kGroupBits) | effectiveList(list).group << 3);
+}
+
 bool isSymbolicLink(const AccessListPlace& place) {
   const auto status = place.status();
   return status && status->isSymbolicLink();
@@ -171,14 +178,28 @@ Result<std::unique_ptr<AccessControlList>> readAccessControlList(const AccessLis
 }
 
 Result<std::uint16_t> readOwnPermissions(const AccessListPlace& place, const FileStatus& status) {
-  constexpr unsigned kGroupBits = 070;
   // No mask lets anything through that its bits don't have, and a link has none.
   if ((status.permissions & kGroupBits) == 0 || status.isSymbolicLink()) return status.permissions;
   const auto list = loadAccessList(place);
   if (!list && !list.error().isPosix(posix::kNotSupported)) return failure(list.error());
-  if (!list || !*list) return status.permissions;
-  const unsigned group = effectiveList(**list).group;
-  return static_cast<std::uint16_t>((status.permissions & ~kGroupBits) | group << 3);
+  return list && *list ? permissionsBeside(**list, status) : status.permissions;
+}
+
+Result<ExaminedRights> examineRights(const AccessListPlace& place, const FileStatus& status,
+                                     const AccessControlList* list) {
+  ExaminedRights rights{status.permissions, false};
+  if (status.isSymbolicLink()) return rights;
+  const auto access = loadAccessList(place);
+  if (!access && !access.error().isPosix(posix::kNotSupported)) return failure(access.error());
+  if (access && *access) rights.ownPermissions = permissionsBeside(**access, status);
+  const auto* wanted = wantedList(list);
+  if (!access || !wanted || grantsOf(*access) != wanted->named()) return rights;
+  if (!status.isDirectory()) {
+    rights.hasList = true;
+  } else if (const auto defaultList = loadDefaultList(place)) {
+    rights.hasList = *defaultList == wanted->defaultList();
+  }
+  return rights;
 }
 
 bool hasAccessControlList(const AccessListPlace& place, const AccessControlList* list) {

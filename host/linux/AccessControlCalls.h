@@ -14,6 +14,7 @@
 #include "foundation/Error.h"
 #include "foundation/Result.h"
 #include "host/AccessControlList.h"
+#include "host/DirectoryHandle.h"
 #include "host/FileStatus.h"
 #include "host/linux/PosixAccessList.h"
 
@@ -55,6 +56,10 @@ Result<std::uint16_t> readOwnPermissions(const AccessListPlace& place, const Fil
 
 /// Whether the object is certain to have this list (or none, for null) already. One attribute read, two for a folder's.
 bool hasAccessControlList(const AccessListPlace& place, const AccessControlList* list);
+
+/// See DirectoryHandle::examineRightsOf. One attribute read, two for a folder's.
+Result<ExaminedRights> examineRights(const AccessListPlace& place, const FileStatus& status,
+                                     const AccessControlList* list);
 
 /// See ObjectHandle::setAccessControlList.
 ErrorOrNil writeAccessControlList(const AccessListPlace& place, const AccessControlList* list);

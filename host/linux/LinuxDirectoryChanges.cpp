@@ -15,6 +15,7 @@
 #include "host/linux/FileCreationCalls.h"
 #include "host/linux/LinuxDirectoryHandle.h"
 #include "host/linux/LinuxFileStreams.h"
+#include "host/linux/LinuxObjectHandle.h"
 
 namespace vantrell::host {
 namespace {
@@ -83,6 +84,24 @@ ErrorOrNil LinuxDirectoryHandle::setPermissionsOf(const char* name, std::uint16_
 Result<std::uint16_t> LinuxDirectoryHandle::ownPermissionsOf(const char* name, const FileStatus& status) const {
   if (!isEntryName(name)) return posixFailure(posix::kInvalidArgument);
   return readOwnPermissions(AccessListPlace(folder_.get(), name), status);
+}
+
+Result<std::unique_ptr<ObjectHandle>> LinuxDirectoryHandle::openExaminedObject(const char* name,
+                                                                               const FileStatus& status) const {
+  if (!isEntryName(name)) return posixFailure(posix::kInvalidArgument);
+  if (status.type == FileType::Regular || status.isDirectory()) {
+    // Nobody but root can put a device there that would act on this; a pipe doesn't block.
+    constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    FileDescriptor opened(openat(folder_.get(), name, status.isDirectory() ? kFlags | O_DIRECTORY : kFlags));
+    if (opened) return std::make_unique<LinuxObjectHandle>(std::move(opened), LinuxObjectHandle::Kind::Open);
+  }
+  return openObject(name, FollowLinks::No);
+}
+
+Result<ExaminedRights> LinuxDirectoryHandle::examineRightsOf(const char* name, const FileStatus& status,
+                                                             const AccessControlList* list) const {
+  if (!isEntryName(name)) return posixFailure(posix::kInvalidArgument);
+  return examineRights(AccessListPlace(folder_.get(), name), status, list);
 }
 
 Result<std::unique_ptr<AccessControlList>> LinuxDirectoryHandle::accessControlListOf(const char* name) const {

@@ -42,6 +42,9 @@ class LinuxDirectoryHandle final : public DirectoryHandle {
   ErrorOrNil setOwnerOf(const char* name, std::optional<std::uint32_t> owner,
                         std::optional<std::uint32_t> group) override;
   ErrorOrNil setPermissionsOf(const char* name, std::uint16_t permissions) override;
+  Result<std::unique_ptr<ObjectHandle>> openExaminedObject(const char* name, const FileStatus& status) const override;
+  Result<ExaminedRights> examineRightsOf(const char* name, const FileStatus& status,
+                                         const AccessControlList* list) const override;
   Result<std::uint16_t> ownPermissionsOf(const char* name, const FileStatus& status) const override;
   Result<std::unique_ptr<AccessControlList>> accessControlListOf(const char* name) const override;
   ErrorOrNil setAccessControlListOf(const char* name, const AccessControlList* list) override;

@@ -37,6 +37,7 @@ bool isDate(const std::optional<Date>& date) {
 
 // Several times as fast as the way through /proc, hence worth its own call, but only harmless for these two types.
 AccessListPlace LinuxObjectHandle::place() const {
+  if (kind_ == Kind::Open) return AccessListPlace::open(location_.get());
   if (!hasTriedToOpen_) {
     hasTriedToOpen_ = true;
     const auto present = status();

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <cstdint>
 #include <utility>
 
 #include "host/ObjectHandle.h"
@@ -14,7 +15,11 @@ namespace vantrell::host {
 /// Holds the object by a descriptor that is a location only (O_PATH).
 class LinuxObjectHandle final : public ObjectHandle {
  public:
-  explicit LinuxObjectHandle(FileDescriptor location) noexcept : location_(std::move(location)) {}
+  enum class Kind : std::uint8_t { Held, Open };
+
+  /// A location-only descriptor, or one that is open for reading.
+  explicit LinuxObjectHandle(FileDescriptor location, Kind kind = Kind::Held) noexcept
+      : location_(std::move(location)), kind_(kind) {}
 
   Result<FileStatus> status() const override;
   Result<std::uint16_t> ownPermissions(const FileStatus& status) const override;
@@ -35,6 +40,7 @@ class LinuxObjectHandle final : public ObjectHandle {
   AccessListPlace place() const;
 
   FileDescriptor location_;
+  Kind kind_;
   mutable FileDescriptor opened_;  // the same object, once list or mode have been asked for, if it could be opened
   mutable bool hasTriedToOpen_ = false;
 };
