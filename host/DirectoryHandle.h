@@ -36,7 +36,7 @@ struct ExaminedRights {
 
 /// An open folder. Every operation below takes one name (no slash, not empty, not "." or "..": POSIX error 22), acts on
 /// that entry of this very folder, wherever that may be by then, and through a link only where `follow` says so. One
-/// thread at a time, but that others may call what is const and takes a name while one enumerates.
+/// thread at a time, but that others may call what takes a name while one of them enumerates.
 class DirectoryHandle {
  public:
   virtual ~DirectoryHandle() = default;

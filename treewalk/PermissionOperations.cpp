@@ -8,12 +8,12 @@
 #include <utility>
 
 #include "catalogue/FeedbackMessages.h"
+#include "foundation/PathUtilities.h"
 #include "foundation/PosixCodes.h"
 #include "treewalk/AclReinheritance.h"
 #include "treewalk/PropagationErrors.h"
-#include "treewalk/PropagationObject.h"
+#include "treewalk/PropagationPipeline.h"
 #include "treewalk/QELDirectoryEnumerator.h"
-#include "treewalk/ReadAheadEnumerator.h"
 
 namespace vantrell {
 
@@ -129,18 +129,17 @@ ErrorOrNil PermissionOperations::copyRights(const Source& source, const Request&
   const auto rights = request.rights(source);
   std::optional<const host::AccessControlList*> list;
   if (request.has(option::kAccessControlList)) list = source.list.get();
-  ReadAheadEnumerator objects(
-      std::make_unique<QELDirectoryEnumerator>(std::move(*folder), log_, source.path, source.status.device), log_);
+  PropagationPipeline objects(
+      std::make_unique<QELDirectoryEnumerator>(std::move(*folder), log_, source.path, source.status.device), log_,
+      {list, rights, source.path});
   std::uint64_t count = 0;
-  while (const auto* object = objects.next()) {
-    const auto& status = object->status();
-    if (!status) {
-      const auto path = std::string(objects.basePrefix()).append(object->relativePath());
-      return propagation_error::attributesNotRead(path, status.error());
+  while (auto* entry = objects.next()) {
+    if (!entry->object) {
+      const auto path = stringByAppendingPathComponent(source.path, entry->relativePath);
+      return propagation_error::attributesNotRead(path, entry->status->error());
     }
-    PropagationObject target(object->folder(), object->name().data(), *status, source.path, object->relativePath());
-    if (!rights.skipsLocked || !target.isUserImmutable())
-      if (auto error = target.propagate(list, rights)) return error;
+    if (!rights.skipsLocked || !entry->object->isUserImmutable())
+      if (auto error = entry->object->propagate(list, rights)) return error;
     if (++count % kObjectsPerReport != 0) continue;
     if (request.isAskedToEnd()) return Error::posix(posix::kCanceled);
     request.reportCount(count);

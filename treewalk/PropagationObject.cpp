@@ -48,8 +48,9 @@ bool PropagationObject::hasOwner(std::optional<std::uint32_t> owner,
   return isOrStays(status_.owner, owner) && isOrStays(status_.group, group);
 }
 
-ErrorOrNil PropagationObject::propagate(const std::optional<const host::AccessControlList*>& list,
-                                        const PropagationRights& rights) {
+void PropagationObject::prepare(const std::optional<const host::AccessControlList*>& list,
+                                const PropagationRights& rights) {
+  isPrepared_ = true;
   // One whose owner is right is most likely right in all else, which is cheaper to see by name. If it can't be held,
   // the steps find out why.
   if (rights.changesOwner() && !hasOwner(rights.owner, rights.group)) {
@@ -59,6 +60,11 @@ ErrorOrNil PropagationObject::propagate(const std::optional<const host::AccessCo
   }
   // They stand beside the list, but once a list has gone the status that was read with it no longer tells them.
   if (list && rights.changesMode()) (void)ownPermissions();
+}
+
+ErrorOrNil PropagationObject::propagate(const std::optional<const host::AccessControlList*>& list,
+                                        const PropagationRights& rights) {
+  if (!isPrepared_) prepare(list, rights);
   if (list)
     if (auto error = setAccessControlList(*list)) return error;
   if (rights.changesOwner())

@@ -22,7 +22,7 @@ namespace vantrell {
 /// out from an object's present state is set on that same object: it is held for that, and looked at again, because its
 /// name may have come to mean another one, whose owner would be given rights by the first one's.
 ///
-/// Used once, by one thread; what it refers to must outlive it. Each step returns nothing on success.
+/// Used once, by one thread at a time; what it refers to must outlive it. Each step returns nothing on success.
 class PropagationObject {
  public:
   /// `name` is followed by a zero byte; `knownStatistics` is the object's own. Joined, `folderPath` and `relativePath`
@@ -34,6 +34,10 @@ class PropagationObject {
   std::string path() const;
   /// What the locked objects are that a propagation may be told to skip.
   bool isUserImmutable() const noexcept;
+
+  /// Reads what `propagate` with the same arguments will want to know, and changes nothing. May be left out; another
+  /// thread may do it before.
+  void prepare(const std::optional<const host::AccessControlList*>& list, const PropagationRights& rights);
 
   /// Of the steps below, those that are asked for, in this order, up to the first that fails. `list` is nothing where
   /// the object's own list is to stay.
@@ -64,6 +68,7 @@ class PropagationObject {
   std::string_view relativePath_;
   std::unique_ptr<host::ObjectHandle> handle_;
   std::optional<Result<std::uint16_t>> ownPermissions_;
+  bool isPrepared_ = false;
   bool hasList_ = false;  // the one that it is to have, as was seen without holding it
 };
 

@@ -32,6 +32,9 @@ class WalkedObject {
   /// The folder that holds the object; also while the walk has entered the object, or left the folder.
   host::DirectoryHandle& folder() const noexcept { return *folder_; }
 
+  /// The same, for whoever has to do with the object for longer.
+  const std::shared_ptr<host::DirectoryHandle>& sharedFolder() const noexcept { return folder_; }
+
   /// What the folder says of it; Unknown where it says nothing.
   host::FileType listedType() const noexcept { return listedType_; }
 

@@ -3,6 +3,7 @@
 
 #include "host/linux/AccessControlCalls.h"
 
+#include <algorithm>
 #include <array>
 
 #include <fcntl.h>
@@ -82,6 +83,16 @@ std::vector<PosixAccessList::NamedEntry> grantsOf(const std::optional<PosixAcces
   return effectiveList(*list).named;
 }
 
+// The same as comparing with grantsOf, which would allocate for every object of a tree.
+bool grantsExactly(const std::optional<PosixAccessList>& list, const std::vector<PosixAccessList::NamedEntry>& wanted) {
+  if (!list) return wanted.empty();
+  const std::uint8_t mask = list->mask.value_or(7);
+  return std::ranges::equal(list->named, wanted, [mask](auto entry, const auto& other) {
+    entry.permissions &= mask;
+    return entry == other;
+  });
+}
+
 std::unique_ptr<AccessControlList> makeList(std::vector<PosixAccessList::NamedEntry> named,
                                             std::optional<PosixAccessList> defaultList) {
   auto list = std::make_unique<PosixAccessControlList>(std::move(named), std::move(defaultList));
@@ -93,7 +104,8 @@ constexpr unsigned kGroupBits = 070;
 
 // What the mode shows for the group beside a list is the list's mask.
 std::uint16_t permissionsBeside(const PosixAccessList& list, const FileStatus& status) {
-  return static_cast<std::uint16_t>((status.permissions & ~kGroupBits) | effectiveList(list).group << 3);
+  const unsigned group = list.mask ? list.group & *list.mask : list.group;
+  return static_cast<std::uint16_t>((status.permissions & ~kGroupBits) | group << 3);
 }
 
 bool isSymbolicLink(const AccessListPlace& place) {
@@ -114,7 +126,7 @@ ErrorOrNil writeAccessEntries(const AccessListPlace& place, const FileStatus& st
     const bool isDone = list.isEmpty() && loaded.error().isPosix(posix::kNotSupported);
     return isDone ? std::nullopt : ErrorOrNil(loaded.error());
   }
-  if (grantsOf(*loaded) == list.named()) return std::nullopt;
+  if (grantsExactly(*loaded, list.named())) return std::nullopt;
   // With no entry left the kernel takes the rest for a mode and drops the list. Removing the attribute instead would
   // leave the mask's rights to the owning group.
   const auto current = *loaded ? **loaded : listOfMode(status.permissions);
@@ -193,7 +205,7 @@ Result<ExaminedRights> examineRights(const AccessListPlace& place, const FileSta
   if (!access && !access.error().isPosix(posix::kNotSupported)) return failure(access.error());
   if (access && *access) rights.ownPermissions = permissionsBeside(**access, status);
   const auto* wanted = wantedList(list);
-  if (!access || !wanted || grantsOf(*access) != wanted->named()) return rights;
+  if (!access || !wanted || !grantsExactly(*access, wanted->named())) return rights;
   if (!status.isDirectory()) {
     rights.hasList = true;
   } else if (const auto defaultList = loadDefaultList(place)) {
@@ -206,7 +218,7 @@ bool hasAccessControlList(const AccessListPlace& place, const AccessControlList*
   const auto* wanted = wantedList(list);
   if (!wanted) return false;
   const auto access = loadAccessList(place);
-  if (!access || grantsOf(*access) != wanted->named()) return false;
+  if (!access || !grantsExactly(*access, wanted->named())) return false;
   const auto status = place.status();
   if (!status || status->isSymbolicLink()) return false;
   if (!status->isDirectory()) return true;
