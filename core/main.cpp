@@ -9,8 +9,11 @@
 //   macho/        executables read down to their sections; the digest that request keys derive from
 //   platform/     the operating system's version, running processes
 //   catalogue/    every operation described once; names, checks and refusals that derive from that; request envelopes
-//   fileops/      removal, protection and inspection of file-system objects
+//   bundles/      software packages inspected without loading them
+//   fileops/      single objects: removal, protection, metadata, moves, system files replaced
+//   treewalk/     the directory enumerator, searches, rights handed down
 //   process/      child programs with relayed output, the utilities that may be run
+//   system/       settings, disk blocks, the management controller, install media
 //   core/         this process: entry, service object, client registry, token check, dispatch, feedback, implementor
 //   client/       the requesting side: library and vantrellctl (not part of this executable)
 //   resources/    the two property lists embedded in this executable
