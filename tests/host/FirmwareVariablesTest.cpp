@@ -5,6 +5,7 @@
 #include <functional>
 #include <iterator>
 #include <memory>
+#include <ostream>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -43,6 +44,7 @@ struct LinuxCandidate final : Candidate {
 struct Implementation {
   const char* name;
   std::function<std::unique_ptr<Candidate>()> make;
+  friend void PrintTo(const Implementation& implementation, std::ostream* stream) { *stream << implementation.name; }
 };
 
 struct FirmwareVariablesContract : testing::TestWithParam<Implementation> {

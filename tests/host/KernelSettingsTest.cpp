@@ -6,6 +6,7 @@
 #include <limits>
 #include <memory>
 #include <optional>
+#include <ostream>
 #include <string>
 #include <thread>
 
@@ -58,6 +59,7 @@ struct LinuxCandidate final : Candidate {
 struct Implementation {
   const char* name;
   std::function<std::unique_ptr<Candidate>()> make;
+  friend void PrintTo(const Implementation& implementation, std::ostream* stream) { *stream << implementation.name; }
 };
 
 struct KernelSettingsContract : testing::TestWithParam<Implementation> {

@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -49,6 +50,7 @@ struct LinuxCandidate final : Candidate {
 struct Implementation {
   const char* name;
   std::function<std::unique_ptr<Candidate>()> make;
+  friend void PrintTo(const Implementation& implementation, std::ostream* stream) { *stream << implementation.name; }
 };
 
 struct PreferencesContract : testing::TestWithParam<Implementation> {

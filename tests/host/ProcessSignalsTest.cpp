@@ -6,6 +6,7 @@
 #include <functional>
 #include <limits>
 #include <memory>
+#include <ostream>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -61,6 +62,7 @@ struct LinuxCandidate final : Candidate {
 struct Implementation {
   const char* name;
   std::function<std::unique_ptr<Candidate>()> make;
+  friend void PrintTo(const Implementation& implementation, std::ostream* stream) { *stream << implementation.name; }
 };
 
 struct ProcessSignalsContract : testing::TestWithParam<Implementation> {

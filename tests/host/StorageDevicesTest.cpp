@@ -6,6 +6,7 @@
 #include <fstream>
 #include <functional>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <system_error>
 #include <thread>
@@ -105,6 +106,7 @@ struct Implementation {
   const char* name;
   std::function<std::unique_ptr<Candidate>()> make;
   bool endsAfterEightBlocks;
+  friend void PrintTo(const Implementation& implementation, std::ostream* stream) { *stream << implementation.name; }
 };
 
 struct StorageDevicesContractAsRoot : testing::TestWithParam<Implementation> {

@@ -7,6 +7,7 @@
 #include <fstream>
 #include <functional>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -59,6 +60,7 @@ struct LinuxCandidate final : Candidate {
 struct Implementation {
   const char* name;
   std::function<std::unique_ptr<Candidate>()> make;
+  friend void PrintTo(const Implementation& implementation, std::ostream* stream) { *stream << implementation.name; }
 };
 
 Dictionary twoServices() {

@@ -27,7 +27,10 @@ class FakeSystemConfiguration final : public host::SystemConfiguration {
 
   std::unique_ptr<host::SystemConfigurationSession> open(std::string_view clientName,
                                                          std::string_view identifier) override {
-    clientNames.emplace_back(clientName);
+    {
+      const std::lock_guard lock(mutex_);
+      clientNames.emplace_back(clientName);
+    }
     if (!note(Call::Open) || identifier == "." || identifier == ".." ||
         identifier.find_first_of(std::string_view("/\0", 2)) != std::string_view::npos)
       return nullptr;
