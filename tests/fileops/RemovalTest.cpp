@@ -5,10 +5,12 @@
 
 #include <string>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <linux/fs.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
+#include <unistd.h>
 
 #include "foundation/Value.h"
 #include "tests/fileops/AdvancedOpsFixture.h"
@@ -313,6 +315,33 @@ TEST_F(RemovalAsRoot, RemovesAnImmutableTree) {
   addInodeFlags(folder_.path("folder/d/d/d/file"), FS_IMMUTABLE_FL);
   addInodeFlags(folder_.path("folder/d/d/d"), FS_IMMUTABLE_FL);
   addInodeFlags(top, FS_IMMUTABLE_FL);
+  EXPECT_FALSE(ops_->enforceRecursiveRemovalOfFileSystemObjectAtPath(top));
+  EXPECT_FALSE(fileSystem_.status(top, host::FollowLinks::No));
+}
+
+TEST_F(RemovalAsRoot, RemovesLockedObjectsWithLongNamesAndNamesThatAreNoText) {
+  const auto top = folder_.makeFolder("folder");
+  const std::string longName(255, 'x');
+  folder_.makeFolder("folder/" + longName);
+  addInodeFlags(folder_.makeFile("folder/" + longName + "/\xff\xfe\n"), FS_IMMUTABLE_FL);
+  addInodeFlags(folder_.makeFile("folder/" + longName + "/" + longName), FS_IMMUTABLE_FL);
+  addInodeFlags(folder_.path("folder/" + longName), FS_IMMUTABLE_FL);
+  EXPECT_FALSE(ops_->enforceRecursiveRemovalOfFileSystemObjectAtPath(top));
+  EXPECT_FALSE(fileSystem_.status(top, host::FollowLinks::No));
+}
+
+TEST_F(RemovalAsRoot, RemovesTwoThousandLevelsAndAHundredThousandEntriesOfOneFolder) {
+  if (access("/dev/shm", W_OK) != 0) GTEST_SKIP() << "no file system in memory to make so many files on";
+  const auto top = "/dev/shm/vantrell-removal-" + std::to_string(getpid());
+  ASSERT_EQ(mkdir(top.c_str(), 0700), 0);
+  makeDeepTree(top, 2'000, "d", true);
+  for (int i = 0; i < 100'000; ++i) {
+    const auto path = top + "/" + std::to_string(i);
+    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+    ASSERT_GE(file, 0);
+    close(file);
+  }
+  addInodeFlags(top + "/99999", FS_IMMUTABLE_FL);
   EXPECT_FALSE(ops_->enforceRecursiveRemovalOfFileSystemObjectAtPath(top));
   EXPECT_FALSE(fileSystem_.status(top, host::FollowLinks::No));
 }
