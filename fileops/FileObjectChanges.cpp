@@ -4,11 +4,11 @@
 // The operations that look at or change one object and have no progress to report.
 
 #include "catalogue/ErrorModel.h"
+#include "catalogue/OperationArguments.h"
 #include "fileops/FileObjectOperations.h"
 #include "fileops/FolderMove.h"
 #include "fileops/LinkCreation.h"
 #include "fileops/MacAttributes.h"
-#include "fileops/OperationArguments.h"
 #include "foundation/PosixCodes.h"
 
 namespace vantrell {

@@ -4,7 +4,7 @@
 #include "fileops/FileObjectCreation.h"
 
 #include "catalogue/ErrorModel.h"
-#include "fileops/OperationArguments.h"
+#include "catalogue/OperationArguments.h"
 #include "foundation/PathUtilities.h"
 #include "foundation/PosixCodes.h"
 

@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "catalogue/ErrorModel.h"
-#include "fileops/OperationArguments.h"
+#include "catalogue/OperationArguments.h"
 #include "foundation/FileManagerErrors.h"
 #include "foundation/PathUtilities.h"
 #include "foundation/PosixCodes.h"

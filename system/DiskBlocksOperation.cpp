@@ -1,9 +1,9 @@
 // Copyright (c) 2026 Vantrell. All rights reserved.
 // SPDX-License-Identifier: LicenseRef-Vantrell
 
+#include "catalogue/OperationArguments.h"
 #include "foundation/PathUtilities.h"
 #include "foundation/PosixCodes.h"
-#include "system/SettingArguments.h"
 #include "system/SystemSettingOperations.h"
 
 namespace vantrell {
@@ -19,8 +19,8 @@ bool isNegative(const Number& number) {
 }  // namespace
 
 ErrorOrNil eraseDiskblocks(const Array& arguments, host::StorageDevices& storageDevices) {
-  const auto* name = textArgument(arguments, 0);
-  const auto* count = numberArgument(arguments, 1);
+  const auto* name = textAt(arguments, 0);
+  const auto* count = numberAt(arguments, 1);
   if (arguments.size() != 2 || !name || !count || isNegative(*count)) return Error::posix(posix::kInvalidArgument);
   if (count->unsignedValue() == 0) return std::nullopt;
   auto device = storageDevices.openForWriting(stringByAppendingPathComponent(kDeviceFolder, *name));

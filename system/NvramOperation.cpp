@@ -4,8 +4,8 @@
 #include <optional>
 #include <string>
 
+#include "catalogue/OperationArguments.h"
 #include "foundation/PosixCodes.h"
-#include "system/SettingArguments.h"
 #include "system/SettingErrors.h"
 #include "system/SystemSettingOperations.h"
 #include "system/ValueText.h"
@@ -24,8 +24,8 @@ std::optional<Value> valueOfNewVariable(const std::string& text) {
 }  // namespace
 
 ErrorOrNil modifyNvram(const Array& arguments, host::FirmwareVariables& firmwareVariables) {
-  const auto* name = nameArgument(arguments, 0);
-  const auto* text = textArgument(arguments, 1);
+  const auto* name = nameAt(arguments, 0);
+  const auto* text = textAt(arguments, 1);
   if (!name || !text) return Error::posix(posix::kInvalidArgument);
   if (const auto code = firmwareVariables.connect(); code != host::kDeviceSuccess)
     return setting_error::nvramNotModified(code);

@@ -4,8 +4,8 @@
 #include <string>
 #include <utility>
 
+#include "catalogue/OperationArguments.h"
 #include "foundation/PosixCodes.h"
-#include "system/SettingArguments.h"
 #include "system/SettingErrors.h"
 #include "system/SystemSettingOperations.h"
 #include "system/ValueText.h"
@@ -37,11 +37,11 @@ PreferencesDomain domainOf(const std::string& application, const std::string& us
 }  // namespace
 
 ErrorOrNil modifyPreferences(const Array& arguments, host::Preferences& preferences) {
-  const auto* key = nameArgument(arguments, 0);
-  const auto* application = nameArgument(arguments, 1);
-  const auto* user = nameArgument(arguments, 2);
-  const auto* host = nameArgument(arguments, 3);
-  const auto* text = textArgument(arguments, 4);
+  const auto* key = nameAt(arguments, 0);
+  const auto* application = nameAt(arguments, 1);
+  const auto* user = nameAt(arguments, 2);
+  const auto* host = nameAt(arguments, 3);
+  const auto* text = textAt(arguments, 4);
   if (!key || !application || !user || !host || !text) return Error::posix(posix::kInvalidArgument);
   auto value = propertyListValueFromText(*text);
   if (!value) return value.error();

@@ -6,8 +6,8 @@
 #include <string>
 #include <utility>
 
+#include "catalogue/OperationArguments.h"
 #include "foundation/PosixCodes.h"
-#include "system/SettingArguments.h"
 #include "system/SettingErrors.h"
 #include "system/SystemSettingOperations.h"
 #include "system/ValueText.h"
@@ -54,10 +54,10 @@ ErrorOrNil switchIpv6(SystemConfigurationSession& session, const std::string& se
 }  // namespace
 
 ErrorOrNil modifySysconf(const Array& arguments, host::SystemConfiguration& systemConfiguration) {
-  const auto* clientName = nameArgument(arguments, 0);
-  const auto* identifier = textArgument(arguments, 1);
-  const auto* key = nameArgument(arguments, 2);
-  const auto* text = textArgument(arguments, 3);
+  const auto* clientName = nameAt(arguments, 0);
+  const auto* identifier = textAt(arguments, 1);
+  const auto* key = nameAt(arguments, 2);
+  const auto* text = textAt(arguments, 3);
   if (!clientName || !identifier || !key || !text) return Error::posix(posix::kInvalidArgument);
   auto value = propertyListValueFromText(*text);
   if (!value) return value.error();
@@ -72,9 +72,9 @@ ErrorOrNil modifySysconf(const Array& arguments, host::SystemConfiguration& syst
 }
 
 ErrorOrNil enableIpvsix(const Array& arguments, host::SystemConfiguration& systemConfiguration, const Log& sysLog) {
-  const auto* clientName = textArgument(arguments, 0);
-  const auto* service = textArgument(arguments, 1);
-  const auto* enable = numberArgument(arguments, 2);
+  const auto* clientName = textAt(arguments, 0);
+  const auto* service = textAt(arguments, 1);
+  const auto* enable = numberAt(arguments, 2);
   if (!clientName || !service || !enable) return Error::posix(posix::kInvalidArgument);
 
   const auto session = systemConfiguration.open(*clientName, {});

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "catalogue/FeedbackMessages.h"
+#include "catalogue/OperationArguments.h"
 #include "foundation/PathUtilities.h"
 #include "foundation/PosixCodes.h"
 #include "treewalk/AclReinheritance.h"
@@ -65,13 +66,6 @@ struct PermissionOperations::Request {
 namespace {
 
 constexpr std::uint64_t kObjectsPerReport = 100;
-
-const std::string* textAt(const Array& arguments, std::size_t index) {
-  return index < arguments.size() ? arguments[index].asString() : nullptr;
-}
-const Number* numberAt(const Array& arguments, std::size_t index) {
-  return index < arguments.size() ? arguments[index].asNumber() : nullptr;
-}
 
 }  // namespace
 

@@ -10,6 +10,7 @@
 
 #include "catalogue/ErrorModel.h"
 #include "catalogue/FeedbackMessages.h"
+#include "catalogue/OperationArguments.h"
 #include "foundation/Date.h"
 #include "foundation/PathUtilities.h"
 #include "foundation/PosixCodes.h"
@@ -29,13 +30,6 @@ namespace {
 
 constexpr double kSecondsPerDay = 86400.0;
 constexpr std::uint32_t kRootUserID = 0;
-
-const std::string* textAt(const Array& arguments, std::size_t index) {
-  return index < arguments.size() ? arguments[index].asString() : nullptr;
-}
-const Number* numberAt(const Array& arguments, std::size_t index) {
-  return index < arguments.size() ? arguments[index].asNumber() : nullptr;
-}
 
 std::optional<bool> booleanFrom(std::string_view text) {
   if (text == "0") return false;

@@ -215,15 +215,10 @@ Result<ExaminedRights> examineRights(const AccessListPlace& place, const FileSta
 }
 
 bool hasAccessControlList(const AccessListPlace& place, const AccessControlList* list) {
-  const auto* wanted = wantedList(list);
-  if (!wanted) return false;
-  const auto access = loadAccessList(place);
-  if (!access || !grantsExactly(*access, wanted->named())) return false;
   const auto status = place.status();
-  if (!status || status->isSymbolicLink()) return false;
-  if (!status->isDirectory()) return true;
-  const auto defaultList = loadDefaultList(place);
-  return defaultList && *defaultList == wanted->defaultList();
+  if (!status) return false;
+  const auto rights = examineRights(place, *status, list);
+  return rights && rights->hasList;
 }
 
 ErrorOrNil writeAccessControlList(const AccessListPlace& place, const AccessControlList* list) {

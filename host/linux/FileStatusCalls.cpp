@@ -3,6 +3,8 @@
 
 #include "host/linux/FileStatusCalls.h"
 
+#include <optional>
+
 #include <fcntl.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
@@ -84,16 +86,15 @@ Result<struct statx> callStatx(int folder, const char* name, int extraFlags) {
   return status;
 }
 
-// Nothing to be done, or not possible at all? A file system that doesn't report these flags through statx may still
-// have them, so its silence decides nothing.
-enum class FlagChange { None, Impossible, ViaInode };
-
-FlagChange flagChangeNeeded(const struct statx& status, std::uint32_t flags) {
+// The answer where nothing is to be done, or can be. A file system that doesn't report these flags through statx may
+// still have them, so its silence decides nothing.
+std::optional<ErrorOrNil> answerWithoutChange(const struct statx& status, std::uint32_t flags) {
   const auto current = fileStatusOf(status);
   const bool canHaveFlags = current.type == FileType::Regular || current.type == FileType::Directory;
   const bool known = (status.stx_attributes_mask & kKnownAttributes) == kKnownAttributes;
-  if (current.flags == flags && (known || !canHaveFlags)) return FlagChange::None;
-  return canHaveFlags && (flags & ~kKnownFlags) == 0 ? FlagChange::ViaInode : FlagChange::Impossible;
+  if (current.flags == flags && (known || !canHaveFlags)) return ErrorOrNil();
+  if (canHaveFlags && (flags & ~kKnownFlags) == 0) return std::nullopt;
+  return ErrorOrNil(Error::posix(posix::kNotSupported));
 }
 
 // The kernel reads and writes an int here, whatever the request's name says about a long.
@@ -143,15 +144,8 @@ ErrorOrNil writeFileFlags(int folder, const char* name, FollowLinks follow, std:
   if (follow == FollowLinks::No) {
     const auto status = callStatx(folder, name, AT_SYMLINK_NOFOLLOW);
     if (!status) return status.error();
-    switch (flagChangeNeeded(*status, flags)) {
-      case FlagChange::None:
-        return std::nullopt;
-      case FlagChange::Impossible:
-        return Error::posix(posix::kNotSupported);
-      case FlagChange::ViaInode:
-        if (writeFlagsByName(folder, name, flags)) return std::nullopt;
-        break;
-    }
+    if (const auto answer = answerWithoutChange(*status, flags)) return *answer;
+    if (writeFlagsByName(folder, name, flags)) return std::nullopt;
   }
   const int noFollow = follow == FollowLinks::No ? O_NOFOLLOW : 0;
   // A location only: it pins the object without opening it, so that what is examined is what is opened afterwards.
@@ -163,14 +157,7 @@ ErrorOrNil writeFileFlags(int folder, const char* name, FollowLinks follow, std:
 ErrorOrNil writePinnedFlags(int location, std::uint32_t flags) {
   const auto status = callStatx(location, "", AT_EMPTY_PATH);
   if (!status) return status.error();
-  switch (flagChangeNeeded(*status, flags)) {
-    case FlagChange::None:
-      return std::nullopt;
-    case FlagChange::Impossible:
-      return Error::posix(posix::kNotSupported);
-    case FlagChange::ViaInode:
-      break;
-  }
+  if (const auto answer = answerWithoutChange(*status, flags)) return *answer;
   const FileDescriptor object(open(DescriptorPath(location).get(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   if (!object) return errorFromErrno();
   return writeInodeFlags(object.get(), flags);

@@ -33,4 +33,20 @@ using StoreHandle = std::unique_ptr<X509_STORE, FreeWithOpenSsl>;
 using StoreContextHandle = std::unique_ptr<X509_STORE_CTX, FreeWithOpenSsl>;
 using ObjectIdentifierHandle = std::unique_ptr<ASN1_OBJECT, FreeWithOpenSsl>;
 
+/// libcrypto's name of a message's digest; null for those that aren't taken.
+inline const char* digestNamed(const X509_ALGOR* algorithm) {
+  switch (OBJ_obj2nid(algorithm->algorithm)) {
+    case NID_sha1:
+      return "SHA1";
+    case NID_sha256:
+      return "SHA256";
+    case NID_sha384:
+      return "SHA384";
+    case NID_sha512:
+      return "SHA512";
+    default:
+      return nullptr;
+  }
+}
+
 }  // namespace vantrell::host::codesign

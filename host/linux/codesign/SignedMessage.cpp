@@ -29,22 +29,6 @@ ObjectIdentifierHandle identifierFrom(const std::string& dotted) {
   return ObjectIdentifierHandle(OBJ_txt2obj(dotted.c_str(), 1));
 }
 
-/// libcrypto's name of a message's digest; null for those that aren't taken.
-const char* digestNamed(const X509_ALGOR* algorithm) {
-  switch (OBJ_obj2nid(algorithm->algorithm)) {
-    case NID_sha1:
-      return "SHA1";
-    case NID_sha256:
-      return "SHA256";
-    case NID_sha384:
-      return "SHA384";
-    case NID_sha512:
-      return "SHA512";
-    default:
-      return nullptr;
-  }
-}
-
 /// The key decides how a signature is verified; what the message says of it must make sense all the same.
 bool isSigningAlgorithm(const X509_ALGOR* algorithm) {
   const int name = OBJ_obj2nid(algorithm->algorithm);

@@ -24,19 +24,7 @@ std::unexpected<Error> refused(const std::string& reason) {
 }
 
 const char* imprintDigest(TS_TST_INFO* info) {
-  const X509_ALGOR* algorithm = TS_MSG_IMPRINT_get_algo(TS_TST_INFO_get_msg_imprint(info));
-  switch (OBJ_obj2nid(algorithm->algorithm)) {
-    case NID_sha1:
-      return "SHA1";
-    case NID_sha256:
-      return "SHA256";
-    case NID_sha384:
-      return "SHA384";
-    case NID_sha512:
-      return "SHA512";
-    default:
-      return nullptr;
-  }
+  return digestNamed(TS_MSG_IMPRINT_get_algo(TS_TST_INFO_get_msg_imprint(info)));
 }
 
 bool isOver(DataView signature, TS_TST_INFO* info) {

@@ -19,6 +19,11 @@ inline const std::string* textAt(const Array& arguments, std::size_t index) {
 inline const Number* numberAt(const Array& arguments, std::size_t index) {
   return index < arguments.size() ? arguments[index].asNumber() : nullptr;
 }
+/// Nothing for an empty text, too.
+inline const std::string* nameAt(const Array& arguments, std::size_t index) {
+  const auto* text = textAt(arguments, index);
+  return text && !text->empty() ? text : nullptr;
+}
 inline const Data* dataAt(const Array& arguments, std::size_t index) {
   return index < arguments.size() ? arguments[index].asData() : nullptr;
 }
