@@ -28,9 +28,9 @@ function(vantrell_room name)
   target_link_libraries(vantrell_${name} PUBLIC Threads::Threads ${ROOM_LIBRARIES})
 endfunction()
 
-# The one folder below host/ that this build uses.
+# The folder below host/ of the system that this build is for, and host/posix/, which every system's folder uses.
 function(vantrell_host system)
-  file(GLOB sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/host/${system}/*.cpp
+  file(GLOB sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/host/posix/*.cpp ${PROJECT_SOURCE_DIR}/host/${system}/*.cpp
        ${PROJECT_SOURCE_DIR}/host/${system}/*.mm)
   add_library(vantrell_host STATIC ${sources})
   target_link_libraries(vantrell_host PUBLIC vantrell_foundation)

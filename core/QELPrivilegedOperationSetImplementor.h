@@ -3,7 +3,6 @@
 
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -12,6 +11,7 @@
 #include "foundation/Data.h"
 #include "foundation/Error.h"
 #include "foundation/OperationQueue.h"
+#include "foundation/UniqueFunction.h"
 #include "foundation/Value.h"
 #include "host/Transport.h"
 
@@ -21,7 +21,7 @@ class QELPrivilegedTool;
 
 /// What carries an operation out: its arguments and where feedback goes (null: nowhere).
 using OperationMethod =
-    std::move_only_function<ErrorOrNil(const Array& arguments, QELPrivilegedOperationFeedbackProtocol* feedback)>;
+    UniqueFunction<ErrorOrNil(const Array& arguments, QELPrivilegedOperationFeedbackProtocol* feedback)>;
 
 /// The base of what carries out the operations of a set. One instance serves one request.
 class QELPrivilegedOperationSetImplementor {

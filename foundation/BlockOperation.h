@@ -9,13 +9,15 @@
 #include <list>
 #include <mutex>
 
+#include "foundation/UniqueFunction.h"
+
 namespace vantrell {
 
 /// One piece of work with a completion. A cancelled operation that has not begun skips its body; its completion runs
 /// all the same. Cancelling never stops a running body: the body asks isCancelled(), or an observer acts.
 class BlockOperation {
  public:
-  using Block = std::move_only_function<void()>;
+  using Block = UniqueFunction<void()>;
   using ObserverToken = std::uint64_t;
 
   explicit BlockOperation(Block body);

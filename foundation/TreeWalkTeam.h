@@ -15,6 +15,7 @@
 #include <thread>
 
 #include "foundation/Error.h"
+#include "foundation/UniqueFunction.h"
 
 namespace vantrell {
 
@@ -30,7 +31,7 @@ class TreeWalkTeam {
  public:
   /// Asked now and then by a task, on whichever thread it runs; once true, what it returns no longer counts.
   using ShouldEnd = std::function<bool()>;
-  using Task = std::move_only_function<ErrorOrNil(const ShouldEnd&)>;
+  using Task = UniqueFunction<ErrorOrNil(const ShouldEnd&)>;
 
   /// The tasks that belong to one folder.
   class Group {

@@ -4,7 +4,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -14,6 +13,7 @@
 #include "foundation/Dictionary.h"
 #include "foundation/Error.h"
 #include "foundation/Result.h"
+#include "foundation/UniqueFunction.h"
 #include "foundation/Value.h"
 
 namespace vantrell {
@@ -21,7 +21,7 @@ namespace vantrell {
 /// Answers a request, from any thread, at most once; an answer to a client that has gone is dropped. Destroying it
 /// unused leaves the client without an answer.
 template <class T>
-using Reply = std::move_only_function<void(T)>;
+using Reply = UniqueFunction<void(T)>;
 
 namespace host {
 class Endpoint;

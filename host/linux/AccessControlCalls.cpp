@@ -15,7 +15,7 @@
 
 #include "foundation/PosixCodes.h"
 #include "host/linux/DescriptorPath.h"
-#include "host/linux/ErrorNumbers.h"
+#include "host/posix/ErrorNumbers.h"
 #include "host/linux/FileStatusCalls.h"
 #include "host/linux/PosixAccessControlList.h"
 

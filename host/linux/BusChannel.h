@@ -11,7 +11,7 @@
 #include <utility>
 
 #include "host/linux/BusHandles.h"
-#include "host/linux/FileDescriptor.h"
+#include "host/posix/FileDescriptor.h"
 
 namespace vantrell::host {
 

@@ -8,7 +8,7 @@
 #include <exception>
 #include <utility>
 
-#include "host/linux/ErrorNumbers.h"
+#include "host/posix/ErrorNumbers.h"
 
 namespace vantrell::host {
 

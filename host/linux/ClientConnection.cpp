@@ -8,7 +8,7 @@
 
 #include "foundation/PosixCodes.h"
 #include "host/linux/DBusErrors.h"
-#include "host/linux/ErrorNumbers.h"
+#include "host/posix/ErrorNumbers.h"
 #include "host/linux/LinuxFeedbackListener.h"
 #include "host/linux/PeerBus.h"
 #include "host/linux/UnixAddress.h"

@@ -7,7 +7,7 @@
 #include <string>
 #include <utility>
 
-#include "host/linux/FileDescriptor.h"
+#include "host/posix/FileDescriptor.h"
 
 namespace vantrell::host {
 

@@ -6,7 +6,7 @@
 #include <cerrno>
 
 #include "foundation/PosixCodes.h"
-#include "host/linux/ErrorNumbers.h"
+#include "host/posix/ErrorNumbers.h"
 
 namespace vantrell::host {
 

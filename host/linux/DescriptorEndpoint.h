@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "host/Transport.h"
-#include "host/linux/FileDescriptor.h"
+#include "host/posix/FileDescriptor.h"
 
 namespace vantrell::host {
 

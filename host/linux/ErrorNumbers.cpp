@@ -1,7 +1,7 @@
 // Copyright (c) 2026 Vantrell. All rights reserved.
 // SPDX-License-Identifier: LicenseRef-Vantrell
 
-#include "host/linux/ErrorNumbers.h"
+#include "host/posix/ErrorNumbers.h"
 
 namespace vantrell::host {
 

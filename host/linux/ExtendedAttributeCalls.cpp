@@ -10,7 +10,7 @@
 #include <sys/xattr.h>
 
 #include "foundation/PosixCodes.h"
-#include "host/linux/ErrorNumbers.h"
+#include "host/posix/ErrorNumbers.h"
 
 namespace vantrell::host {
 namespace {

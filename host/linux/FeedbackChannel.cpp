@@ -12,7 +12,7 @@
 #include <linux/sockios.h>
 #include <sys/ioctl.h>
 
-#include "host/linux/ErrorNumbers.h"
+#include "host/posix/ErrorNumbers.h"
 #include "host/linux/PeerBus.h"
 #include "host/linux/WireNames.h"
 #include "host/linux/WireWriter.h"

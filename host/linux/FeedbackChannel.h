@@ -11,7 +11,7 @@
 #include "foundation/Result.h"
 #include "host/SystemLog.h"
 #include "host/linux/BusChannel.h"
-#include "host/linux/FileDescriptor.h"
+#include "host/posix/FileDescriptor.h"
 #include "host/linux/TransportLimits.h"
 
 namespace vantrell::host {

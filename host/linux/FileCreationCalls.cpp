@@ -12,8 +12,8 @@
 #include <unistd.h>
 
 #include "foundation/PosixCodes.h"
-#include "host/linux/EntryNames.h"
-#include "host/linux/ErrorNumbers.h"
+#include "host/posix/EntryNames.h"
+#include "host/posix/ErrorNumbers.h"
 #include "host/linux/FileChangeCalls.h"
 #include "host/linux/FileStatusCalls.h"
 

@@ -8,7 +8,7 @@
 #include "foundation/Error.h"
 #include "foundation/Result.h"
 #include "host/FileStatus.h"
-#include "host/linux/FileDescriptor.h"
+#include "host/posix/FileDescriptor.h"
 
 namespace vantrell::host {
 

@@ -9,7 +9,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-#include "host/linux/ErrorNumbers.h"
+#include "host/posix/ErrorNumbers.h"
 
 namespace vantrell::host {
 

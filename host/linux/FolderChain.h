@@ -9,7 +9,7 @@
 #include <sys/types.h>
 
 #include "foundation/Result.h"
-#include "host/linux/FileDescriptor.h"
+#include "host/posix/FileDescriptor.h"
 
 namespace vantrell::host {
 

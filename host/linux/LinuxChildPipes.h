@@ -4,7 +4,7 @@
 #pragma once
 
 #include "host/ChildProcesses.h"
-#include "host/linux/FileDescriptor.h"
+#include "host/posix/FileDescriptor.h"
 
 namespace vantrell::host {
 

@@ -10,7 +10,7 @@
 #include <sys/types.h>
 
 #include "host/ChildProcesses.h"
-#include "host/linux/FileDescriptor.h"
+#include "host/posix/FileDescriptor.h"
 #include "host/linux/LinuxChildPipes.h"
 
 namespace vantrell::host {

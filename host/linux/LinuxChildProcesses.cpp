@@ -24,7 +24,7 @@ extern "C" {
 #include <sys/pidfd.h>
 }
 
-#include "host/linux/ErrorNumbers.h"
+#include "host/posix/ErrorNumbers.h"
 #include "host/linux/LinuxChildPipes.h"
 #include "host/linux/LinuxChildProcess.h"
 #include "host/linux/SpawnSettings.h"

@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "host/linux/ClientConnection.h"
-#include "host/linux/ErrorNumbers.h"
+#include "host/posix/ErrorNumbers.h"
 #include "host/linux/LinuxFeedbackListener.h"
 #include "host/linux/SpawnedHelper.h"
 

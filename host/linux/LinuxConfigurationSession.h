@@ -10,7 +10,7 @@
 
 #include "host/SystemConfiguration.h"
 #include "host/linux/ConfigurationLock.h"
-#include "host/linux/FileDescriptor.h"
+#include "host/posix/FileDescriptor.h"
 #include "host/linux/PropertyListFile.h"
 
 namespace vantrell::host {

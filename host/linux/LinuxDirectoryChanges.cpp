@@ -9,8 +9,8 @@
 
 #include "foundation/PosixCodes.h"
 #include "host/linux/AccessControlCalls.h"
-#include "host/linux/EntryNames.h"
-#include "host/linux/ErrorNumbers.h"
+#include "host/posix/EntryNames.h"
+#include "host/posix/ErrorNumbers.h"
 #include "host/linux/FileChangeCalls.h"
 #include "host/linux/FileCreationCalls.h"
 #include "host/linux/LinuxDirectoryHandle.h"

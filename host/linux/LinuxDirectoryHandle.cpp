@@ -9,8 +9,8 @@
 #include <sys/syscall.h>
 
 #include "foundation/PosixCodes.h"
-#include "host/linux/EntryNames.h"
-#include "host/linux/ErrorNumbers.h"
+#include "host/posix/EntryNames.h"
+#include "host/posix/ErrorNumbers.h"
 #include "host/linux/FileStatusCalls.h"
 #include "host/linux/LinkTarget.h"
 #include "host/linux/LinuxFileStreams.h"

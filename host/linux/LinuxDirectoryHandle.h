@@ -7,7 +7,7 @@
 #include <memory>
 
 #include "host/FileSystem.h"
-#include "host/linux/FileDescriptor.h"
+#include "host/posix/FileDescriptor.h"
 
 namespace vantrell::host {
 

@@ -7,7 +7,7 @@
 #include <system_error>
 #include <utility>
 
-#include "host/linux/ErrorNumbers.h"
+#include "host/posix/ErrorNumbers.h"
 
 namespace vantrell::host {
 

@@ -11,7 +11,7 @@
 #include "host/SystemLog.h"
 #include "host/Transport.h"
 #include "host/linux/FeedbackChannel.h"
-#include "host/linux/FileDescriptor.h"
+#include "host/posix/FileDescriptor.h"
 #include "host/linux/TransportLimits.h"
 
 namespace vantrell::host {

@@ -9,7 +9,7 @@
 
 #include <sys/socket.h>
 
-#include "host/linux/ErrorNumbers.h"
+#include "host/posix/ErrorNumbers.h"
 #include "host/linux/PeerBus.h"
 #include "host/linux/WireNames.h"
 #include "host/linux/WireReader.h"

@@ -12,7 +12,7 @@
 
 #include "host/ClientTransport.h"
 #include "host/linux/BusChannel.h"
-#include "host/linux/FileDescriptor.h"
+#include "host/posix/FileDescriptor.h"
 
 namespace vantrell::host {
 

@@ -11,7 +11,7 @@
 
 #include "foundation/PosixCodes.h"
 #include "host/linux/DescriptorPath.h"
-#include "host/linux/ErrorNumbers.h"
+#include "host/posix/ErrorNumbers.h"
 #include "host/linux/FileStatusCalls.h"
 
 namespace vantrell::host {

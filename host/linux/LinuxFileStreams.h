@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "host/FileStreams.h"
-#include "host/linux/FileDescriptor.h"
+#include "host/posix/FileDescriptor.h"
 
 namespace vantrell::host {
 

@@ -7,8 +7,8 @@
 #include <unistd.h>
 
 #include "foundation/PosixCodes.h"
-#include "host/linux/EntryNames.h"
-#include "host/linux/ErrorNumbers.h"
+#include "host/posix/EntryNames.h"
+#include "host/posix/ErrorNumbers.h"
 #include "host/linux/FileStatusCalls.h"
 #include "host/linux/LinkTarget.h"
 #include "host/linux/LinuxDirectoryHandle.h"

@@ -17,7 +17,7 @@
 #include <sys/vfs.h>
 #include <unistd.h>
 
-#include "host/linux/FileDescriptor.h"
+#include "host/posix/FileDescriptor.h"
 #include "host/linux/FirmwareValueText.h"
 
 namespace vantrell::host {

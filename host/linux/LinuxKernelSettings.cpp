@@ -10,8 +10,8 @@
 #include <unistd.h>
 
 #include "foundation/PosixCodes.h"
-#include "host/linux/ErrorNumbers.h"
-#include "host/linux/FileDescriptor.h"
+#include "host/posix/ErrorNumbers.h"
+#include "host/posix/FileDescriptor.h"
 
 namespace vantrell::host {
 namespace {

@@ -9,7 +9,7 @@
 
 #include "foundation/PosixCodes.h"
 #include "host/linux/ElfFile.h"
-#include "host/linux/ErrorNumbers.h"
+#include "host/posix/ErrorNumbers.h"
 
 namespace vantrell::host {
 

@@ -10,7 +10,7 @@
 #include "foundation/PosixCodes.h"
 #include "host/linux/AccessControlCalls.h"
 #include "host/linux/DescriptorPath.h"
-#include "host/linux/ErrorNumbers.h"
+#include "host/posix/ErrorNumbers.h"
 #include "host/linux/ExtendedAttributeCalls.h"
 #include "host/linux/FileChangeCalls.h"
 #include "host/linux/FileStatusCalls.h"

@@ -8,7 +8,7 @@
 
 #include "host/ObjectHandle.h"
 #include "host/linux/AccessControlCalls.h"
-#include "host/linux/FileDescriptor.h"
+#include "host/posix/FileDescriptor.h"
 
 namespace vantrell::host {
 

@@ -15,7 +15,7 @@
 
 #include "foundation/PosixCodes.h"
 #include "foundation/PropertyList.h"
-#include "host/linux/ErrorNumbers.h"
+#include "host/posix/ErrorNumbers.h"
 #include "host/linux/FileAccessIdentity.h"
 #include "host/linux/PreferencesLocation.h"
 #include "host/linux/PropertyListFile.h"

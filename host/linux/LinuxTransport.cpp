@@ -11,7 +11,7 @@
 
 #include "host/linux/BusListener.h"
 #include "host/linux/DescriptorEndpoint.h"
-#include "host/linux/ErrorNumbers.h"
+#include "host/posix/ErrorNumbers.h"
 #include "host/linux/PeerListener.h"
 
 namespace vantrell::host {

@@ -8,7 +8,7 @@
 
 #include "host/SystemLog.h"
 #include "host/Transport.h"
-#include "host/linux/FileDescriptor.h"
+#include "host/posix/FileDescriptor.h"
 #include "host/linux/LinuxFeedbackConnection.h"
 #include "host/linux/TransportLimits.h"
 

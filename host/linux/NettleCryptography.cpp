@@ -9,7 +9,7 @@
 #include <sys/random.h>
 
 #include "foundation/PosixCodes.h"
-#include "host/linux/ErrorNumbers.h"
+#include "host/posix/ErrorNumbers.h"
 
 namespace vantrell::host {
 

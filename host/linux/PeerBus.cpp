@@ -5,7 +5,7 @@
 
 #include <systemd/sd-id128.h>
 
-#include "host/linux/ErrorNumbers.h"
+#include "host/posix/ErrorNumbers.h"
 
 namespace vantrell::host {
 

@@ -5,7 +5,7 @@
 
 #include "foundation/Result.h"
 #include "host/linux/BusHandles.h"
-#include "host/linux/FileDescriptor.h"
+#include "host/posix/FileDescriptor.h"
 
 namespace vantrell::host {
 

@@ -10,7 +10,7 @@
 
 #include "host/Transport.h"
 #include "host/linux/BusChannel.h"
-#include "host/linux/FileDescriptor.h"
+#include "host/posix/FileDescriptor.h"
 #include "host/linux/ServiceObject.h"
 #include "host/linux/TransportLimits.h"
 

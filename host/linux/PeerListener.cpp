@@ -12,7 +12,7 @@
 #include <sys/eventfd.h>
 #include <sys/socket.h>
 
-#include "host/linux/ErrorNumbers.h"
+#include "host/posix/ErrorNumbers.h"
 
 namespace vantrell::host {
 

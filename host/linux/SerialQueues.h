@@ -7,7 +7,6 @@
 #include <condition_variable>
 #include <cstddef>
 #include <deque>
-#include <functional>
 #include <map>
 #include <mutex>
 #include <string>
@@ -15,13 +14,15 @@
 #include <thread>
 #include <vector>
 
+#include "foundation/UniqueFunction.h"
+
 namespace vantrell::host {
 
 /// Runs tasks: those of one key one after the other, in order; those of different keys at the same time, on threads
 /// that are made when they are needed and end when they have been idle. A key costs nothing once its tasks are done.
 class SerialQueues {
  public:
-  using Task = std::move_only_function<void()>;
+  using Task = UniqueFunction<void()>;
 
   explicit SerialQueues(std::size_t maximumThreads = 64,
                         std::chrono::milliseconds idleLimit = std::chrono::seconds(10));

@@ -9,7 +9,7 @@
 #include <thread>
 
 #include "host/InterruptWatcher.h"
-#include "host/linux/FileDescriptor.h"
+#include "host/posix/FileDescriptor.h"
 
 namespace vantrell::host {
 

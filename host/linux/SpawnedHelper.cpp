@@ -24,7 +24,7 @@ extern "C" {
 #include <sys/pidfd.h>
 }
 
-#include "host/linux/ErrorNumbers.h"
+#include "host/posix/ErrorNumbers.h"
 #include "host/linux/UnixAddress.h"
 
 namespace vantrell::host {

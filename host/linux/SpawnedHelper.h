@@ -10,7 +10,7 @@
 #include <sys/types.h>
 
 #include "host/ClientTransport.h"
-#include "host/linux/FileDescriptor.h"
+#include "host/posix/FileDescriptor.h"
 
 namespace vantrell::host {
 

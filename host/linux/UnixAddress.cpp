@@ -14,7 +14,7 @@
 #include <sys/un.h>
 
 #include "foundation/PosixCodes.h"
-#include "host/linux/ErrorNumbers.h"
+#include "host/posix/ErrorNumbers.h"
 
 namespace vantrell::host {
 

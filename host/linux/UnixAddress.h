@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "foundation/Result.h"
-#include "host/linux/FileDescriptor.h"
+#include "host/posix/FileDescriptor.h"
 
 namespace vantrell::host {
 

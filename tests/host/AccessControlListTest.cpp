@@ -12,7 +12,7 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
-#include "host/linux/FileDescriptor.h"
+#include "host/posix/FileDescriptor.h"
 #include "tests/host/FileSystemContract.h"
 #include "tests/macho/ToolRunner.h"
 #include "tests/support/MountedFileSystem.h"

@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "foundation/PosixCodes.h"
-#include "host/linux/ErrorNumbers.h"
+#include "host/posix/ErrorNumbers.h"
 
 namespace vantrell::host {
 namespace {

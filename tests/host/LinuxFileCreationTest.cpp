@@ -10,7 +10,7 @@
 
 #include "host/linux/DescriptorPath.h"
 #include "host/linux/FileCreationCalls.h"
-#include "host/linux/FileDescriptor.h"
+#include "host/posix/FileDescriptor.h"
 #include "tests/host/FileSystemContract.h"
 #include "tests/support/MountedFileSystem.h"
 

@@ -17,7 +17,7 @@
 #include <unistd.h>
 
 #include "foundation/PosixCodes.h"
-#include "host/linux/ErrorNumbers.h"
+#include "host/posix/ErrorNumbers.h"
 #include "host/linux/LinuxStorageDevices.h"
 #include "tests/support/FakeStorageDevices.h"
 #include "tests/support/LoopDevice.h"

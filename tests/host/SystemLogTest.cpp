@@ -18,7 +18,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "host/linux/FileDescriptor.h"
+#include "host/posix/FileDescriptor.h"
 #include "host/linux/JournalLog.h"
 #include "host/linux/LinuxSystemLog.h"
 #include "host/linux/NoLog.h"

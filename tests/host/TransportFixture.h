@@ -17,7 +17,7 @@
 #include <sys/types.h>
 
 #include "host/Transport.h"
-#include "host/linux/FileDescriptor.h"
+#include "host/posix/FileDescriptor.h"
 #include "host/linux/LinuxClientTransport.h"
 #include "host/linux/LinuxTransport.h"
 #include "tests/support/PrivateBus.h"

@@ -18,7 +18,7 @@
 #include <unistd.h>
 
 #include "foundation/Data.h"
-#include "host/linux/FileDescriptor.h"
+#include "host/posix/FileDescriptor.h"
 
 namespace vantrell::tests {
 

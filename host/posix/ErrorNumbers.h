@@ -11,9 +11,9 @@
 
 namespace vantrell::host {
 
-/// Darwin's number for one of this kernel's error numbers. The only translator: whatever leaves this folder has been
-/// through it. Numbers without a counterpart become 5 (input/output error).
-std::int64_t darwinErrorNumber(int linuxErrorNumber) noexcept;
+/// Darwin's number for one of this kernel's error numbers. The only translator: whatever leaves a host's folder has
+/// been through it. Numbers without a counterpart become 5 (input/output error).
+std::int64_t darwinErrorNumber(int number) noexcept;
 
 inline Error errorFromErrno(int number = errno) {
   return Error::posix(darwinErrorNumber(number));
