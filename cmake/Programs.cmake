@@ -14,6 +14,15 @@ function(vantrell_helper name information launchd)
   target_compile_definitions(${name} PRIVATE VANTRELL_INFO_PLIST="${information}"
                                              VANTRELL_LAUNCHD_PLIST="${launchd}")
   target_link_libraries(${name} PRIVATE vantrell_core vantrell_host)
+  vantrell_link_what_there_is(${name})
+endfunction()
+
+# Without the frameworks a program for macOS is linked all the same, with what they and the sources that need them would
+# supply left open: its file can then be examined.
+function(vantrell_link_what_there_is name)
+  if(VANTRELL_HOST STREQUAL "macos" AND NOT VANTRELL_HAS_FRAMEWORKS)
+    target_link_options(${name} PRIVATE -Wl,-undefined,dynamic_lookup)
+  endif()
 endfunction()
 
 # The lists hold the vendor's prefix, which is a setting of the build.
@@ -30,4 +39,5 @@ endif()
 if(EXISTS ${PROJECT_SOURCE_DIR}/client/vantrellctl.cpp)
   add_executable(vantrellctl ${PROJECT_SOURCE_DIR}/client/vantrellctl.cpp)
   target_link_libraries(vantrellctl PRIVATE vantrell_client vantrell_host CLI11::CLI11)
+  vantrell_link_what_there_is(vantrellctl)
 endif()

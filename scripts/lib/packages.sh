@@ -18,6 +18,11 @@ packages_for() {
         dbus dbus-daemon acl attr e2fsprogs strace python3 openssl
       ;;
     demo) echo systemd e2fsprogs ;;
+    macos)
+      # npm comes with the system's Node.js package, or with one that is installed from elsewhere.
+      echo cmake ninja-build ccache llvm-19 libfmt-dev libcli11-dev nlohmann-json3-dev libexpat1-dev googletest \
+        $(command -v npm >/dev/null || echo npm)
+      ;;
     format) echo clang-format ;;
     *)
       echo "no package list named '$1'" >&2
