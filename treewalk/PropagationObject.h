@@ -32,6 +32,8 @@ class PropagationObject {
       : folder_(folder), name_(name), status_(knownStatistics), folderPath_(folderPath), relativePath_(relativePath) {}
 
   std::string path() const;
+  /// True while a descriptor of it is open.
+  bool isHeld() const noexcept { return handle_ != nullptr; }
   /// What the locked objects are that a propagation may be told to skip.
   bool isUserImmutable() const noexcept;
 

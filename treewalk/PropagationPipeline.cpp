@@ -80,13 +80,16 @@ void PropagationPipeline::work() noexcept {
 void PropagationPipeline::fill(Block& block) {
   block.count = 0;
   block.isLast = false;
-  while (block.count < kObjectsInABlock && !stop_) {
+  std::size_t held = 0;
+  while (block.count < kObjectsInABlock && held < kHeldInABlock && !stop_) {
     const auto* object = walk_.next();
     if (!object) {
       block.isLast = true;
       return;
     }
-    prepare(block.entries[block.count++], *object);
+    auto& entry = block.entries[block.count++];
+    prepare(entry, *object);
+    if (entry.object && entry.object->isHeld()) ++held;
   }
 }
 

@@ -14,6 +14,7 @@
 #include <string>
 #include <string_view>
 #include <thread>
+#include <vector>
 
 #include "host/FileSystem.h"
 #include "treewalk/PropagationObject.h"
@@ -28,7 +29,8 @@ namespace vantrell {
 ///     walk, status (a third thread) ──► second thread: hold, read list ──► ring of blocks ──► caller: set list, owner
 ///     …
 ///
-/// At most kBlocks * kObjectsInABlock objects are held at a time. Where no thread is to be had, the caller does it all.
+/// At most kBlocks * kObjectsInABlock objects are under way at a time, kBlocks * kHeldInABlock of them held open. Where
+/// no thread is to be had, the caller does it all.
 class PropagationPipeline {
  public:
   /// What is to be done with every object; `list` and `folderPath` must outlive this.
@@ -56,10 +58,11 @@ class PropagationPipeline {
 
  private:
   static constexpr std::size_t kBlocks = 3;
-  static constexpr std::size_t kObjectsInABlock = 32;
+  static constexpr std::size_t kObjectsInABlock = 128;
+  static constexpr std::size_t kHeldInABlock = 32;
 
   struct Block {
-    std::array<Entry, kObjectsInABlock> entries;
+    std::vector<Entry> entries = std::vector<Entry>(kObjectsInABlock);
     std::size_t count = 0;
     bool isLast = false;
   };
