@@ -16,8 +16,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "host/linux/LinuxChildProcesses.h"
 #include "host/linux/NoLog.h"
+#include "host/posix/PosixChildProcesses.h"
 #include "process/QELTaskExecutor.h"
 
 namespace vantrell {
@@ -54,7 +54,7 @@ struct Executor {
   Executor() { executor.setDelegate(counter); }
 
   host::NoLog log;
-  host::LinuxChildProcesses children;
+  host::PosixChildProcesses children;
   std::shared_ptr<Counter> counter = std::make_shared<Counter>();
   QELTaskExecutor executor{children, Log(log)};
 };

@@ -21,7 +21,7 @@
 #include <unistd.h>
 
 #include "benchmarks/Quick.h"
-#include "host/linux/LinuxStorageDevices.h"
+#include "host/posix/PosixStorageDevices.h"
 #include "system/SystemSettingOperations.h"
 #include "tests/support/LoopDevice.h"
 
@@ -81,7 +81,7 @@ class Target {
 
 void eraseBesideDd(benchmark::State& state) {
   const Target target;
-  host::LinuxStorageDevices storage;
+  host::PosixStorageDevices storage;
   double largeBlocks = 0;
   double smallBlocks = 0;
   double erase = 0;

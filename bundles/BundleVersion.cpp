@@ -3,23 +3,15 @@
 
 #include "bundles/BundleVersion.h"
 
-#include <charconv>
-#include <limits>
-
 #include <fmt/format.h>
 
 #include "bundles/InformationFile.h"
+#include "foundation/DecimalText.h"
 
 namespace vantrell {
 namespace {
 
 constexpr std::string_view kDigitsAndDot = "0123456789.";
-
-// The platform's way with a number that is out of range.
-double beyondRange(std::string_view number) {
-  const bool isLarge = number.find_first_not_of("0.") < number.find('.');
-  return isLarge ? std::numeric_limits<double>::infinity() : 0.0;
-}
 
 }  // namespace
 
@@ -36,9 +28,7 @@ double versionNumberFromString(std::string_view text) {
     hasDot = hasDot || c == '.';
     number += c;
   }
-  double result = 0.0;
-  const auto [end, problem] = std::from_chars(number.data(), number.data() + number.size(), result);
-  return problem == std::errc::result_out_of_range ? beyondRange(number) : result;
+  return realFromDecimalText(number).value_or(0.0);
 }
 
 std::optional<std::string> versionTextFromInformation(const Dictionary& information) {

@@ -12,6 +12,7 @@
 #include <fmt/core.h>
 
 #include "client/ErrorText.h"
+#include "foundation/DecimalText.h"
 #include "foundation/Unicode.h"
 
 namespace vantrell {
@@ -31,11 +32,11 @@ std::optional<T> wholeWord(std::string_view digits, int base) {
 }
 
 std::optional<Number> realFromWord(std::string_view word) {
-  double value = 0;
-  const auto* end = word.data() + word.size();
-  const auto result = std::from_chars(word.data(), end, value);
-  if (result.ec != std::errc() || result.ptr != end || !std::isfinite(value)) return std::nullopt;
-  return Number(value);
+  const bool negative = word.starts_with('-');
+  if (negative) word.remove_prefix(1);
+  const auto magnitude = realFromDecimalText(word);
+  if (!magnitude || !std::isfinite(*magnitude)) return std::nullopt;
+  return Number(negative ? -*magnitude : *magnitude);
 }
 
 Reading textArgument(const std::string& word) {

@@ -28,7 +28,7 @@ std::string defaultHelper(const QELPrivilegedToolOperationSet& operations, host:
     const auto beside = self->substr(0, self->rfind('/') + 1) + name;
     if (isFile(beside, *host.fileSystem)) return beside;
   }
-  return std::string(kInstalledHelperFolder) + "/" + name;
+  return host.clientTransport->installationPlaces().helperFolder + "/" + name;
 }
 
 Error noWay(std::string description, std::string suggestion) {
@@ -47,7 +47,8 @@ Result<HelperLocation> locateHelper(const ConnectionOptions& options, const QELP
   if (options.bus) return HelperLocation{Way::Bus, operations.serviceIdentifierForHelper(), std::move(executable)};
   if (options.address) return HelperLocation{Way::Address, *options.address, std::move(executable)};
 
-  const std::string socket = kServiceSocketPath;
+  const std::string socket = host.clientTransport->installationPlaces().socketPath;
+  if (socket.empty()) return HelperLocation{Way::Bus, operations.serviceIdentifierForHelper(), std::move(executable)};
   if (exists(socket, *host.fileSystem)) {
     return HelperLocation{Way::Address, "unix:path=" + socket, std::move(executable)};
   }

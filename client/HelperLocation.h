@@ -13,11 +13,6 @@
 
 namespace vantrell {
 
-/// Where the service manager listens for the installed service.
-inline constexpr char kServiceSocketPath[] = "/run/vantrell/privilegedtool.socket";
-/// The folder of the installed helper.
-inline constexpr char kInstalledHelperFolder[] = "/usr/libexec";
-
 /// What the command line says about the way to the service; at most one of the first three.
 struct ConnectionOptions {
   std::optional<std::string> address;
@@ -35,8 +30,9 @@ struct HelperLocation {
 };
 
 /// What was asked for; without a wish the service manager's socket where it exists, and else, for root, a helper of
-/// this command's own. The executable is the one named, else the one to be started, else the helper beside this
-/// program, else the installed one. An error (POSIX 2 with texts for people) when no way is left.
+/// this command's own; on a host without such sockets the service's name. The executable is the one named, else the one
+/// to be started, else the helper beside this program, else the installed one. An error (POSIX 2 with texts for people)
+/// when no way is left.
 Result<HelperLocation> locateHelper(const ConnectionOptions& options, const QELPrivilegedToolOperationSet& operations,
                                     host::Host& host);
 

@@ -27,18 +27,25 @@ bool OperationCancellation::isRequested() const {
 }
 
 CancellationSender::CancellationSender(OperationCancellation& cancellation, std::function<void()> send)
-    : cancellation_(cancellation),
-      send_(std::move(send)),
-      thread_([this](const std::stop_token& stop) { run(stop); }) {}
+    : cancellation_(cancellation), send_(std::move(send)), thread_([this] { run(); }) {}
 
-void CancellationSender::run(const std::stop_token& stop) {
+CancellationSender::~CancellationSender() {
+  {
+    const std::lock_guard guard(cancellation_.lock_);
+    isEnding_ = true;
+  }
+  cancellation_.changed_.notify_all();
+  thread_.join();
+}
+
+void CancellationSender::run() {
   std::unique_lock guard(cancellation_.lock_);
-  if (!cancellation_.changed_.wait(guard, stop, [this] { return cancellation_.requested_; })) return;
-  for (auto interval = kFirstInterval; !stop.stop_requested(); interval = std::min(2 * interval, kLongestInterval)) {
+  cancellation_.changed_.wait(guard, [this] { return cancellation_.requested_ || isEnding_; });
+  for (auto interval = kFirstInterval; !isEnding_; interval = std::min(2 * interval, kLongestInterval)) {
     guard.unlock();
     send_();
     guard.lock();
-    cancellation_.changed_.wait_for(guard, stop, interval, [] { return false; });
+    cancellation_.changed_.wait_for(guard, interval, [this] { return isEnding_; });
   }
 }
 

@@ -6,7 +6,6 @@
 #include <condition_variable>
 #include <functional>
 #include <mutex>
-#include <stop_token>
 #include <thread>
 
 namespace vantrell {
@@ -20,7 +19,7 @@ class OperationCancellation {
  private:
   friend class CancellationSender;
   mutable std::mutex lock_;
-  std::condition_variable_any changed_;
+  std::condition_variable changed_;
   bool requested_ = false;
 };
 
@@ -29,15 +28,18 @@ class OperationCancellation {
 class CancellationSender {
  public:
   CancellationSender(OperationCancellation& cancellation, std::function<void()> send);
+  CancellationSender(const CancellationSender&) = delete;
+  CancellationSender& operator=(const CancellationSender&) = delete;
   /// Waits for a `send` that is under way.
-  ~CancellationSender() = default;
+  ~CancellationSender();
 
  private:
-  void run(const std::stop_token& stop);
+  void run();
 
   OperationCancellation& cancellation_;
   std::function<void()> send_;
-  std::jthread thread_;
+  bool isEnding_ = false;  // under the cancellation's lock
+  std::thread thread_;
 };
 
 }  // namespace vantrell

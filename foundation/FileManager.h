@@ -83,10 +83,13 @@ class FileManager {
   ErrorOrNil refusalToRemoveFolder(const host::FileStatus& status, const std::string& path);
 
   /// An absolute path with its links replaced by their targets, ".." taken after that, up to where nothing exists or
-  /// 40 links have been met; the rest stays as it is. A relative path stays unchanged.
+  /// 40 links have been met; the rest stays as it is. A relative path stays unchanged. Where "/etc", "/tmp" and "/var"
+  /// lie in another folder that nobody writes, its name is left out of the result if that exists without it.
   std::string stringByResolvingSymlinksInPath(const std::string& path);
 
  private:
+  std::string resolvedPath(const std::string& path);
+
   host::FileSystem& fileSystem_;
 };
 

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <string_view>
 #include <utility>
 
 #include "foundation/FileManager.h"
@@ -39,10 +40,28 @@ class ComponentReader {
   std::size_t end_ = 0;
 };
 
+// Foundation's list.
+bool liesInUnwrittenFolder(std::string_view path, std::string_view folder) {
+  if (!path.starts_with(folder)) return false;
+  path.remove_prefix(folder.size());
+  for (const std::string_view name : {"/etc", "/tmp", "/var"}) {
+    if (path.starts_with(name) && (path.size() == name.size() || path[name.size()] == '/')) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 std::string FileManager::stringByResolvingSymlinksInPath(const std::string& path) {
   if (path.empty() || path.front() != '/') return path;
+  auto resolved = resolvedPath(path);
+  const auto prefix = fileSystem_.unwrittenFolder();
+  if (prefix.empty() || !liesInUnwrittenFolder(resolved, prefix)) return resolved;
+  auto written = resolved.substr(prefix.size());
+  return fileSystem_.status(written, host::FollowLinks::Yes) ? written : resolved;
+}
+
+std::string FileManager::resolvedPath(const std::string& path) {
   std::string resolved = "/";
   ComponentReader reader(path);
   unsigned links = 0;

@@ -3,9 +3,10 @@
 
 #include "foundation/Number.h"
 
-#include <charconv>
 #include <cmath>
 #include <limits>
+
+#include <fmt/format.h>
 
 namespace vantrell {
 
@@ -80,20 +81,14 @@ bool Number::operator==(const Number& other) const noexcept {
 }
 
 std::string Number::description() const {
-  char buffer[32];
-  std::to_chars_result end{};
   switch (kind_) {
     case Kind::Signed:
-      end = std::to_chars(buffer, buffer + sizeof buffer, value_.s);
-      break;
+      return fmt::format("{}", value_.s);
     case Kind::Real:
-      end = std::to_chars(buffer, buffer + sizeof buffer, value_.r);
-      break;
+      return fmt::format("{}", value_.r);
     default:
-      end = std::to_chars(buffer, buffer + sizeof buffer, value_.u);
-      break;
+      return fmt::format("{}", value_.u);
   }
-  return {buffer, end.ptr};
 }
 
 }  // namespace vantrell

@@ -29,6 +29,7 @@ inline constexpr std::int64_t kNoSpace = 28;              // ENOSPC
 inline constexpr std::int64_t kReadOnlyFileSystem = 30;   // EROFS
 inline constexpr std::int64_t kBrokenPipe = 32;           // EPIPE
 inline constexpr std::int64_t kAgain = 35;                // EAGAIN
+inline constexpr std::int64_t kMessageSize = 40;          // EMSGSIZE
 inline constexpr std::int64_t kNotSupported = 45;         // ENOTSUP
 inline constexpr std::int64_t kConnectionReset = 54;      // ECONNRESET
 inline constexpr std::int64_t kNoBufferSpace = 55;        // ENOBUFS

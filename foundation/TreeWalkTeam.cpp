@@ -12,8 +12,13 @@
 namespace vantrell {
 
 TreeWalkTeam::~TreeWalkTeam() {
-  thread_.request_stop();
-  if (thread_.joinable()) thread_.join();
+  if (!thread_.joinable()) return;
+  {
+    const std::lock_guard lock(mutex_);
+    isEnding_ = true;
+  }
+  changed_.notify_all();
+  thread_.join();
 }
 
 bool TreeWalkTeam::hasRoom() {
@@ -21,7 +26,7 @@ bool TreeWalkTeam::hasRoom() {
     hasThread_ = false;
     try {
       if (std::thread::hardware_concurrency() > 1) {
-        thread_ = std::jthread([this](const std::stop_token& stop) { work(stop); });
+        thread_ = std::thread([this] { work(); });
         hasThread_ = true;
       }
     } catch (const std::system_error&) {
@@ -71,9 +76,13 @@ ErrorOrNil TreeWalkTeam::finishAll(const ErrorOrNil& own) {
   return failure_ ? failure_ : own;
 }
 
-void TreeWalkTeam::work(const std::stop_token& stop) {
+void TreeWalkTeam::work() {
   std::unique_lock lock(mutex_);
-  while (changed_.wait(lock, stop, [this] { return !queue_.empty(); })) run(lock);
+  for (;;) {
+    changed_.wait(lock, [this] { return !queue_.empty() || isEnding_; });
+    if (queue_.empty()) return;
+    run(lock);
+  }
 }
 
 void TreeWalkTeam::run(std::unique_lock<std::mutex>& lock) {

@@ -69,19 +69,20 @@ class TreeWalkTeam {
   static constexpr std::size_t kCapacity = 8;
   static constexpr std::uint64_t kNone = ~std::uint64_t{0};
 
-  void work(const std::stop_token& stop);
+  void work();
   void run(std::unique_lock<std::mutex>& lock);
   ErrorOrNil perform(Entry& entry) const;
 
   std::mutex mutex_;
-  std::condition_variable_any changed_;
+  std::condition_variable changed_;
   std::deque<Entry> queue_;
   std::size_t unfinished_ = 0;
   std::uint64_t lastNumber_ = 0;
   std::atomic<std::uint64_t> firstFailure_ = kNone;  // number of the task that failed
   ErrorOrNil failure_;
   std::optional<bool> hasThread_;
-  std::jthread thread_;
+  bool isEnding_ = false;
+  std::thread thread_;
 };
 
 }  // namespace vantrell

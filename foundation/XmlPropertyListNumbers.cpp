@@ -8,8 +8,9 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
-#include <locale>
-#include <sstream>
+#include <string>
+
+#include "foundation/DecimalText.h"
 
 namespace vantrell {
 
@@ -32,28 +33,6 @@ bool takeSign(std::string_view& text) {
 
 char lowerCase(char character) {
   return character >= 'A' && character <= 'Z' ? static_cast<char>(character + ('a' - 'A')) : character;
-}
-
-std::size_t digitsAtStart(std::string_view text) {
-  return std::min(text.find_first_not_of("0123456789"), text.size());
-}
-
-/// Digits with at most one point among them (a digit on at least one side), then perhaps an exponent.
-bool isDecimal(std::string_view text) {
-  const std::size_t whole = digitsAtStart(text);
-  text.remove_prefix(whole);
-  std::size_t fraction = 0;
-  if (text.starts_with('.')) {
-    text.remove_prefix(1);
-    fraction = digitsAtStart(text);
-    text.remove_prefix(fraction);
-  }
-  if (whole + fraction == 0) return false;
-  if (text.empty()) return true;
-  if (lowerCase(text.front()) != 'e') return false;
-  text.remove_prefix(1);
-  takeSign(text);
-  return !text.empty() && digitsAtStart(text) == text.size();
 }
 
 }  // namespace
@@ -86,17 +65,9 @@ std::optional<double> realFromXmlText(std::string_view text) {
   const double sign = negative ? -1.0 : 1.0;
   const auto word = std::string_view(lower).substr(lower.size() - text.size());
   if (word == "inf" || word == "infinity") return sign * std::numeric_limits<double>::infinity();
-  if (!isDecimal(word)) return std::nullopt;
-  // A stream of the classic locale: from_chars for doubles is missing from some standard libraries, and strtod follows
-  // the process's locale. On overflow a stream fails and gives the largest double.
-  std::istringstream stream{std::string(word)};
-  stream.imbue(std::locale::classic());
-  double magnitude = 0;
-  stream >> magnitude;
-  if (stream.fail() && magnitude >= std::numeric_limits<double>::max()) {
-    magnitude = std::numeric_limits<double>::infinity();
-  }
-  return sign * magnitude;
+  const auto magnitude = realFromDecimalText(word);
+  if (!magnitude) return std::nullopt;
+  return sign * *magnitude;
 }
 
 std::string xmlTextFromReal(double real) {

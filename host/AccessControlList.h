@@ -11,7 +11,7 @@ namespace vantrell::host {
 /// folder hands on to new objects in it. Made by the file system only; immutable, safe from any thread.
 ///
 /// On Linux: the named entries of the POSIX access list, each with its effective permissions, and a folder's default
-/// list.
+/// list. On macOS: the list of ACL_TYPE_EXTENDED.
 class AccessControlList {
  public:
   virtual ~AccessControlList() = default;

@@ -45,7 +45,7 @@ class ServiceConnection {
 
   /// Waits for the answer, however long the operation takes. The outer result tells whether there was one.
   /// `feedback` may be null; one that served a request before, and arguments that the wire has no form for (a null
-  /// placeholder, more than 15 levels), are POSIX error 22.
+  /// placeholder, more than 15 levels; an error, on macOS), are POSIX error 22.
   virtual Result<ErrorOrNil> performPrivilegedOperation(std::uint64_t code, DataView token, FeedbackListener* feedback,
                                                         const Array& arguments) = 0;
   virtual ErrorOrNil cancelPrivilegedOperation(std::uint64_t code, DataView token, const Array& arguments) = 0;
@@ -67,17 +67,26 @@ class SpawnedService {
   virtual std::optional<int> waitForExit(std::chrono::milliseconds limit) = 0;
 };
 
+/// Where what is installed for the whole system lies.
+struct InstallationPlaces {
+  std::string socketPath;    // where the service manager listens; empty where a service is reached by its name only
+  std::string helperFolder;  // of the helper's executable
+};
+
 /// How messages leave this process: the requesting side.
 class ClientTransport {
  public:
   virtual ~ClientTransport() = default;
 
-  /// `address` is in the host's notation; on Linux "unix:path=PATH". Any other is POSIX error 22; the rest is what the
-  /// system says (2 where nothing is there, 61 where nobody listens), or 60 where the service does not answer in time.
+  /// `address` is in the host's notation; "unix:path=PATH" on Linux, "mach:NAME" on macOS. Any other is POSIX error 22;
+  /// the rest is what the system says (2 where nothing is there, 61 where nobody listens), or 60 where the service does
+  /// not answer in time.
   virtual Result<std::unique_ptr<ServiceConnection>> connectToAddress(const std::string& address) = 0;
 
-  /// Through the system's message bus, by the service's name.
+  /// Through the system's message bus (on macOS: launchd), by the service's name.
   virtual Result<std::unique_ptr<ServiceConnection>> connectToServiceOnBus(std::string_view serviceName) = 0;
+
+  virtual InstallationPlaces installationPlaces() const = 0;
 
   /// `handler` is called for each message, in order, on a thread of the listener's.
   virtual Result<std::unique_ptr<FeedbackListener>> makeFeedbackListener(
@@ -85,7 +94,7 @@ class ClientTransport {
 
   /// Starts the helper at `executablePath` with a listening socket in a folder of its own that only this user may
   /// enter. The helper is ended and the folder removed when the object goes. POSIX error 2 or 13 where it can't be
-  /// executed.
+  /// executed, 45 on a host where no such socket can serve (macOS).
   virtual Result<std::unique_ptr<SpawnedService>> spawnService(const std::string& executablePath) = 0;
 };
 

@@ -36,7 +36,7 @@ inline constexpr char kCodeSigningErrorDomain[] = "NSOSStatusErrorDomain";
 namespace code_signing_error {
 inline constexpr std::int64_t kUnsigned = -67062;              // errSecCSUnsigned
 inline constexpr std::int64_t kSignatureFailed = -67061;       // errSecCSSignatureFailed: code or signature modified
-inline constexpr std::int64_t kUnsupported = -67060;           // errSecCSSignatureUnsupported
+inline constexpr std::int64_t kUnsupported = -67059;           // errSecCSSignatureUnsupported
 inline constexpr std::int64_t kBadRequirementSyntax = -67052;  // errSecCSReqInvalid
 inline constexpr std::int64_t kRequirementFailed = -67050;     // errSecCSReqFailed
 inline constexpr std::int64_t kBadObject = -67049;             // errSecCSBadObjectFormat

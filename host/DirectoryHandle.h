@@ -83,7 +83,8 @@ class DirectoryHandle {
   virtual Result<std::unique_ptr<FileWriter>> createFile(const char* name, std::uint16_t permissions) = 0;
   virtual ErrorOrNil makeDirectory(const char* name, std::uint16_t permissions) = 0;
   virtual ErrorOrNil makeSymbolicLink(const char* name, const std::string& target) = 0;
-  /// A named pipe, device or whiteout of `like`'s type, device number and permissions; POSIX error 45 for other types.
+  /// A named pipe, device or whiteout of `like`'s type, device number and permissions; POSIX error 45 for other types,
+  /// and for a whiteout where the system makes none.
   virtual ErrorOrNil makeSpecialFile(const char* name, const FileStatus& like) = 0;
   /// A further name for the object `sourceName` in `sourceFolder`, a symbolic link itself included. POSIX error 18
   /// across file systems.
@@ -110,6 +111,7 @@ class DirectoryHandle {
   /// Ask before permissions or list of the entry are set. Only setAccessControlListOf brings it into force in full.
   ///
   /// On Linux: the entry's named entries as this folder's default list has them in force, and a folder's default list.
+  /// On macOS: the entry's own list, which is in force from the start.
   virtual Result<std::unique_ptr<AccessControlList>> inheritedAccessControlListOf(const char* name) const = 0;
 
   /// An entry whose status was just read, never through a link: openObject, but that a host may take the quicker way of

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "foundation/Data.h"
 #include "foundation/Error.h"
@@ -45,6 +46,10 @@ class FileSystem {
   virtual Result<Location> locate(const std::string& path) = 0;
 
   virtual Result<std::unique_ptr<ObjectHandle>> openObject(const std::string& path, FollowLinks follow) = 0;
+
+  /// The folder that some folders at the root really lie in although nobody writes it in their paths: "/private" on
+  /// macOS. Empty elsewhere.
+  virtual std::string_view unwrittenFolder() const noexcept { return {}; }
 
   /// The extended attribute that holds an object's Finder information.
   virtual const char* finderInfoAttributeName() const noexcept = 0;

@@ -26,6 +26,9 @@ enum class FSCompression : bool { Hide, Expose };
 
 /// One object of any type, a symbolic link itself included, held fast whatever its path comes to lead to. Holding it
 /// does not open it: no device acts, no pipe blocks. Failures are POSIX errors without user info. One thread at a time.
+///
+/// On macOS pipes, sockets, devices and what may not be read are held by their name in a folder that is held: POSIX
+/// error 2 once another object, or none, bears that name.
 class ObjectHandle {
  public:
   virtual ~ObjectHandle() = default;
@@ -54,7 +57,8 @@ class ObjectHandle {
   /// Both times become the system's own present time.
   virtual ErrorOrNil touch() = 0;
 
-  /// Names as bytes, without those that hold access control lists. Empty where the file system has no attributes.
+  /// Names as bytes, without those that hold access control lists. Empty where the file system has no attributes, or
+  /// none for objects of this type.
   virtual Result<std::vector<std::string>> extendedAttributeNames(FSCompression compression) const = 0;
   /// POSIX error 93 when there is none of this name.
   virtual Result<Data> extendedAttribute(const std::string& name) const = 0;

@@ -53,7 +53,8 @@ class SystemConfigurationSession {
   /// Brings the running system in line with the session's network protocols.
   [[nodiscard]] virtual bool applyChanges() = 0;
 
-  /// Makes the changes durable, all of them or none. Fails without the lock, and when the session is stale.
+  /// Makes the changes durable, all of them or none. Fails without the lock, and, on a host that looks once more, when
+  /// another wrote past the lock.
   [[nodiscard]] virtual bool commitChanges() = 0;
 };
 

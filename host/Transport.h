@@ -99,9 +99,10 @@ class Listener {
 
 /// The service's connection to a client's feedback endpoint.
 ///
-/// What waits for the client is bounded (64 MiB): at the bound the sender waits. A client that takes nothing for 30
-/// seconds while the bound is reached counts as gone: its messages are dropped from then on, which is logged once.
-/// Safe from any thread; messages arrive in the order sent. Letting the connection go invalidates it.
+/// What waits for the client is bounded (64 MiB; not on macOS before 10.15): at the bound the sender waits. A client
+/// that takes nothing for 30 seconds while the bound is reached counts as gone: its messages are dropped from then on,
+/// which is logged once. Safe from any thread; messages arrive in the order sent. Letting the connection go invalidates
+/// it.
 class FeedbackConnection : public QELPrivilegedOperationFeedbackProtocol {
  public:
   /// Begins to talk to the endpoint. Messages sent before are kept until then.

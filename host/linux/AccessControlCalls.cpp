@@ -15,9 +15,9 @@
 
 #include "foundation/PosixCodes.h"
 #include "host/linux/DescriptorPath.h"
-#include "host/posix/ErrorNumbers.h"
 #include "host/linux/FileStatusCalls.h"
 #include "host/linux/PosixAccessControlList.h"
+#include "host/posix/ErrorNumbers.h"
 
 namespace vantrell::host {
 namespace {

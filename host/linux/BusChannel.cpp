@@ -10,35 +10,15 @@
 
 #include <poll.h>
 #include <sys/eventfd.h>
-#include <time.h>
+
+#include "host/linux/BusState.h"
 
 namespace vantrell::host {
 
 namespace {
 
-/// Messages inside sd-bus: the one that it was given, and answers that it makes by itself (errors, introspection).
-std::uint64_t queuedInside(sd_bus* bus) noexcept {
-  std::uint64_t count = 0;
-  return sd_bus_get_n_queued_write(bus, &count) < 0 ? 0 : count;
-}
-
+/// Of the messages inside sd-bus: answers that it makes by itself (errors, introspection).
 constexpr std::uint64_t kOwnAnswersLimit = 256;
-
-std::uint64_t monotonicMicroseconds() noexcept {
-  timespec now{};
-  clock_gettime(CLOCK_MONOTONIC, &now);
-  return static_cast<std::uint64_t>(now.tv_sec) * 1000000 + static_cast<std::uint64_t>(now.tv_nsec) / 1000;
-}
-
-// Milliseconds until sd-bus wants to be called again, rounded up; -1 for never.
-int busTimeout(sd_bus* bus) noexcept {
-  std::uint64_t until = UINT64_MAX;
-  if (sd_bus_get_timeout(bus, &until) < 0 || until == UINT64_MAX) return -1;
-  if (until == 0) return 0;
-  const std::uint64_t now = monotonicMicroseconds();
-  if (until <= now) return 0;
-  return static_cast<int>(std::min<std::uint64_t>((until - now + 999) / 1000, INT32_MAX));
-}
 
 }  // namespace
 
@@ -64,15 +44,14 @@ void BusChannel::send(BusMessage message, std::size_t bytes) {
   waitingBytes_ += bytes;
   if (waiting_.size() > 1) return;  // the pump is at it
   flush();
-  if (!held_) wakeForOutput();
+  wakeForOutput();
 }
 
 void BusChannel::flush() {
-  while (!waiting_.empty() && !held_ && sd_bus_is_ready(bus_.get()) > 0 && queuedInside(bus_.get()) == 0) {
+  while (!waiting_.empty() && sd_bus_is_ready(bus_.get()) > 0 && queuedMessages(bus_.get()) == 0) {
     const Waiting next = std::move(waiting_.front());
     waiting_.pop_front();
     waitingBytes_ -= next.bytes;
-    ++sentCount_;
     if (sparesUnread_ && peerHasClosed()) continue;
     // A failure means that the connection has ended, which the pump finds out by itself.
     sd_bus_send(bus_.get(), next.message.get(), nullptr);
@@ -97,7 +76,7 @@ void BusChannel::wait(Lock& lock, std::optional<std::chrono::milliseconds> limit
     const int events = sd_bus_get_events(bus_.get());
     if (events < 0) return;
     watched[1] = {sd_bus_get_fd(bus_.get()), static_cast<short>(reads_ ? events : events & ~POLLIN), 0};
-    timeout = busTimeout(bus_.get());
+    timeout = millisecondsUntilDue(bus_.get());
   }
   if (limit) {
     const int most = static_cast<int>(std::clamp<std::int64_t>(limit->count(), 0, INT32_MAX));
@@ -124,11 +103,11 @@ void BusChannel::wakeForOutput() const noexcept {
 }
 
 bool BusChannel::isDrained() const noexcept {
-  return waiting_.empty() && (!isOpen() || queuedInside(bus_.get()) == 0);
+  return waiting_.empty() && (!isOpen() || queuedMessages(bus_.get()) == 0);
 }
 
 bool BusChannel::isCongested(std::size_t limit) const noexcept {
-  return waitingBytes_ > limit || queuedInside(bus_.get()) > kOwnAnswersLimit;
+  return waitingBytes_ > limit || queuedMessages(bus_.get()) > kOwnAnswersLimit;
 }
 
 bool BusChannel::peerHasClosed() const noexcept {

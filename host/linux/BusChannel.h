@@ -46,9 +46,6 @@ class BusChannel {
   /// Sends, or queues behind what waits. Dropped when the channel is closed. `bytes` is the message's size, about.
   void send(BusMessage message, std::size_t bytes);
 
-  /// Held messages wait here until they are let go (then `wake` the pump).
-  void setHeld(bool held) noexcept { held_ = held; }
-
   /// True where requests that the peer sent before it closed its end matter. sd-bus drops what it has not read when a
   /// write fails, so each write then makes sure first that the peer is there.
   void setSparesUnread(bool spares) noexcept { sparesUnread_ = spares; }
@@ -70,8 +67,6 @@ class BusChannel {
   void wakeForOutput() const noexcept;
 
   std::size_t waitingBytes() const noexcept { return waitingBytes_; }
-  /// Grows with each message that was handed on.
-  std::size_t sentCount() const noexcept { return sentCount_; }
   /// True when everything is with the socket.
   bool isDrained() const noexcept;
 
@@ -90,11 +85,9 @@ class BusChannel {
   FileDescriptor wakeUp_;
   std::deque<Waiting> waiting_;
   std::size_t waitingBytes_ = 0;
-  std::size_t sentCount_ = 0;
   short readyFor_ = 0;
   bool reads_ = true;
   bool open_ = true;
-  bool held_ = false;
   bool sparesUnread_ = false;
   bool pumpWatchesOutput_ = false;
 };

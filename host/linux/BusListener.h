@@ -16,7 +16,7 @@
 #include "host/linux/BusChannel.h"
 #include "host/linux/SerialQueues.h"
 #include "host/linux/ServiceObject.h"
-#include "host/linux/TransportLimits.h"
+#include "host/posix/TransportLimits.h"
 
 namespace vantrell::host {
 

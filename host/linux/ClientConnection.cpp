@@ -8,13 +8,13 @@
 
 #include "foundation/PosixCodes.h"
 #include "host/linux/DBusErrors.h"
-#include "host/posix/ErrorNumbers.h"
 #include "host/linux/LinuxFeedbackListener.h"
 #include "host/linux/PeerBus.h"
 #include "host/linux/UnixAddress.h"
 #include "host/linux/WireFormat.h"
 #include "host/linux/WireNames.h"
 #include "host/linux/WireReader.h"
+#include "host/posix/ErrorNumbers.h"
 
 namespace vantrell::host {
 

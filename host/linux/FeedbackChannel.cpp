@@ -9,13 +9,8 @@
 #include <exception>
 #include <utility>
 
-#include <linux/sockios.h>
-#include <sys/ioctl.h>
-
-#include "host/posix/ErrorNumbers.h"
 #include "host/linux/PeerBus.h"
-#include "host/linux/WireNames.h"
-#include "host/linux/WireWriter.h"
+#include "host/posix/ErrorNumbers.h"
 
 namespace vantrell::host {
 
@@ -27,8 +22,8 @@ class FeedbackChannel::StallClock {
   using Clock = std::chrono::steady_clock;
 
   /// True once the mark has not moved for `limit`.
-  bool hasStalled(const BusChannel& channel, std::chrono::milliseconds limit) {
-    const Mark mark = markOf(channel);
+  bool hasStalled(const FeedbackSocket& socket, std::chrono::milliseconds limit) {
+    const Mark mark = markOf(socket);
     const Clock::time_point now = Clock::now();
     if (!running_ || mark != mark_) {
       running_ = true;
@@ -41,16 +36,12 @@ class FeedbackChannel::StallClock {
 
  private:
   struct Mark {
-    std::size_t sent = 0;
-    int inSocket = 0;
+    std::uint64_t written = 0;
+    int unread = 0;
     bool operator==(const Mark&) const = default;
   };
 
-  static Mark markOf(const BusChannel& channel) noexcept {
-    Mark mark{channel.sentCount(), 0};
-    ioctl(sd_bus_get_fd(channel.bus()), SIOCOUTQ, &mark.inSocket);
-    return mark;
-  }
+  static Mark markOf(const FeedbackSocket& socket) noexcept { return {socket.writtenBytes(), socket.unreadBytes()}; }
 
   bool running_ = false;
   Clock::time_point since_;
@@ -65,88 +56,88 @@ Result<std::shared_ptr<FeedbackChannel>> FeedbackChannel::make(FileDescriptor so
   auto channel = std::make_shared<FeedbackChannel>(systemLog, limits);
   // A client that has gone already is as good as one that goes the next moment.
   if (started < 0) channel->gone_ = true;
-  const BusChannel::Lock lock = channel->channel_.lock();
-  channel->channel_.attach(*std::move(bus));
+  const FeedbackSocket::Lock lock = channel->socket_.lock();
+  channel->socket_.attach(*std::move(bus));
   return channel;
 }
 
 FeedbackChannel::FeedbackChannel(SystemLog& systemLog, const TransportLimits& limits)
-    : systemLog_(systemLog), limits_(limits) {
-  channel_.setHeld(true);
-}
+    : systemLog_(systemLog), limits_(limits) {}
 
 void FeedbackChannel::resume() {
-  const BusChannel::Lock lock = channel_.lock();
+  const FeedbackSocket::Lock lock = socket_.lock();
   suspended_ = false;
-  channel_.setHeld(false);
-  channel_.wake();
+  socket_.setHeld(false);
+  socket_.wake();
 }
 
 void FeedbackChannel::suspend() {
-  const BusChannel::Lock lock = channel_.lock();
+  const FeedbackSocket::Lock lock = socket_.lock();
   if (finishing_) return;
   suspended_ = true;
-  channel_.setHeld(true);
+  socket_.setHeld(true);
 }
 
 void FeedbackChannel::finish() {
-  const BusChannel::Lock lock = channel_.lock();
+  const FeedbackSocket::Lock lock = socket_.lock();
   finishing_ = true;
   suspended_ = false;
-  channel_.setHeld(false);
+  socket_.setHeld(false);
   room_.notify_all();
-  channel_.wake();
+  socket_.wake();
 }
 
 void FeedbackChannel::abandon() {
-  const BusChannel::Lock lock = channel_.lock();
+  const FeedbackSocket::Lock lock = socket_.lock();
   abandoned_ = true;
   room_.notify_all();
-  channel_.wake();
+  socket_.wake();
 }
 
-BusMessage FeedbackChannel::makeMessage(const Dictionary& dictionary, std::size_t& bytes) {
-  Result<BusMessage> message =
-      makeMethodCall(channel_.bus(), nullptr, kFeedbackPath.text, kFeedbackInterface, kFeedbackMethod);
-  if (!message) return nullptr;
-  WireWriter writer(message->get(), Unsendable::Omit);
-  writer.dictionary(dictionary);
-  bytes = writer.bytes() + 256;  // about what a header and sd-bus's own bookkeeping take
-  return writer.status() < 0 ? nullptr : *std::move(message);
+MarshalledMessage FeedbackChannel::takeSpare() {
+  return std::exchange(spare_, {});
+}
+
+void FeedbackChannel::keepSpare(MarshalledMessage message) {
+  constexpr std::size_t kLargest = 65536;
+  if (message.capacity() <= kLargest) spare_ = std::move(message);
 }
 
 void FeedbackChannel::send(const Dictionary& dictionary) {
   if (gone_) return;
-  BusChannel::Lock lock = channel_.lock();
-  if (gone_ || finishing_ || abandoned_) return;
-  std::size_t bytes = 0;
-  BusMessage message = makeMessage(dictionary, bytes);
-  if (!message) return systemLog_.write({}, {}, LogLevel::Error, "A feedback message could not be put together.");
-  waitForRoom(lock, bytes);
+  FeedbackSocket::Lock lock = socket_.lock();
+  if (!takesMessages()) return;
+  MarshalledMessage message = takeSpare();
+  if (++serial_ == 0) ++serial_;
+  if (!call_.write(dictionary, serial_, message)) {
+    return systemLog_.write({}, {}, LogLevel::Error, "A feedback message could not be put together.");
+  }
+  waitForRoom(lock, message.size());
   // A sender that was waiting when the connection was told to finish had begun before that.
-  if (!gone_ && !abandoned_) channel_.send(std::move(message), bytes);
+  if (!gone_ && !abandoned_) socket_.send(message.bytes());
+  keepSpare(std::move(message));
 }
 
 bool FeedbackChannel::hasRoomFor(std::size_t bytes) const noexcept {
-  return channel_.waitingBytes() == 0 || channel_.waitingBytes() + bytes <= limits_.waitingFeedbackBytes;
+  return socket_.waitingBytes() == 0 || socket_.waitingBytes() + bytes <= limits_.waitingFeedbackBytes;
 }
 
-void FeedbackChannel::waitForRoom(BusChannel::Lock& lock, std::size_t bytes) {
+void FeedbackChannel::waitForRoom(FeedbackSocket::Lock& lock, std::size_t bytes) {
   if (hasRoomFor(bytes)) return;
   ++waitingSenders_;
-  channel_.wake();  // the clock runs from now on
+  socket_.wake();  // the clock runs from now on
   room_.wait(lock, [&] { return gone_ || finishing_ || abandoned_ || hasRoomFor(bytes); });
   --waitingSenders_;
 }
 
 void FeedbackChannel::run() noexcept {
-  BusChannel::Lock lock = channel_.lock();
+  FeedbackSocket::Lock lock = socket_.lock();
   try {
     if (!gone_) pump(lock);
   } catch (const std::exception&) {
     gone_ = true;
   }
-  channel_.close();
+  socket_.close();
   room_.notify_all();
   lock.unlock();
   ended_ = true;
@@ -157,23 +148,23 @@ bool FeedbackChannel::isWaitedFor() const noexcept {
   return !suspended_ && (waitingSenders_ != 0 || finishing_);
 }
 
-void FeedbackChannel::pump(BusChannel::Lock& lock) {
+void FeedbackChannel::pump(FeedbackSocket::Lock& lock) {
   StallClock clock;
   while (!abandoned_) {
-    const int processed = channel_.process(true, SIZE_MAX);
+    const int processed = socket_.process();
     if (processed < 0) {
       gone_ = true;
       return;
     }
     // Not at every message: a sender that is let go for one would only wait again.
-    if (waitingSenders_ != 0 && channel_.waitingBytes() <= limits_.waitingFeedbackBytes / 2) room_.notify_all();
+    if (waitingSenders_ != 0 && socket_.waitingBytes() <= limits_.waitingFeedbackBytes / 2) room_.notify_all();
     if (processed > 0) continue;
-    if (finishing_ && channel_.isDrained() && waitingSenders_ == 0) return;
+    if (finishing_ && socket_.isDrained() && waitingSenders_ == 0) return;
     if (!isWaitedFor()) {
       clock.stop();
-      channel_.wait(lock);
-    } else if (!clock.hasStalled(channel_, limits_.feedbackStall)) {
-      channel_.wait(lock, std::max(limits_.feedbackStall / 8, std::chrono::milliseconds(1)));
+      socket_.wait(lock);
+    } else if (!clock.hasStalled(socket_, limits_.feedbackStall)) {
+      socket_.wait(lock, std::max(limits_.feedbackStall / 8, std::chrono::milliseconds(1)));
     } else {
       gone_ = true;
       return systemLog_.write({}, {}, LogLevel::Error,

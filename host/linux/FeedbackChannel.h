@@ -5,14 +5,16 @@
 
 #include <atomic>
 #include <condition_variable>
+#include <cstdint>
 #include <memory>
 
 #include "foundation/Dictionary.h"
 #include "foundation/Result.h"
 #include "host/SystemLog.h"
-#include "host/linux/BusChannel.h"
+#include "host/linux/FeedbackCall.h"
+#include "host/linux/FeedbackSocket.h"
 #include "host/posix/FileDescriptor.h"
-#include "host/linux/TransportLimits.h"
+#include "host/posix/TransportLimits.h"
 
 namespace vantrell::host {
 
@@ -46,17 +48,22 @@ class FeedbackChannel {
  private:
   class StallClock;
 
-  BusMessage makeMessage(const Dictionary& message, std::size_t& bytes);
+  MarshalledMessage takeSpare();
+  void keepSpare(MarshalledMessage message);
+  bool takesMessages() const noexcept { return !gone_ && !finishing_ && !abandoned_; }
   bool hasRoomFor(std::size_t bytes) const noexcept;
-  void waitForRoom(BusChannel::Lock& lock, std::size_t bytes);
-  void pump(BusChannel::Lock& lock);
+  void waitForRoom(FeedbackSocket::Lock& lock, std::size_t bytes);
+  void pump(FeedbackSocket::Lock& lock);
   bool isWaitedFor() const noexcept;
 
   SystemLog& systemLog_;
   const TransportLimits limits_;
-  BusChannel channel_;
+  const FeedbackCall call_;
+  FeedbackSocket socket_;
   std::condition_variable room_;
-  // Guarded by the channel's lock.
+  // Guarded by the socket's lock.
+  MarshalledMessage spare_;
+  std::uint32_t serial_ = 0;
   std::size_t waitingSenders_ = 0;
   bool suspended_ = true;
   bool finishing_ = false;

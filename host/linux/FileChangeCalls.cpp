@@ -3,19 +3,17 @@
 
 #include "host/linux/FileChangeCalls.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "foundation/PosixCodes.h"
 #include "host/linux/DescriptorPath.h"
-#include "host/posix/ErrorNumbers.h"
 #include "host/linux/FileStatusCalls.h"
+#include "host/posix/ErrorNumbers.h"
 
 namespace vantrell::host {
 namespace {
 
-constexpr std::uint32_t kUnchanged = 0xFFFFFFFF;  // to the kernel, hence no identifier
 constexpr unsigned kSpecialBits = 07000;
 constexpr unsigned kAccessBits = 0777;
 constexpr unsigned kAllBits = 07777;
@@ -40,15 +38,6 @@ ErrorOrNil writePermissionsWithList(const AccessListPlace& place, const PosixAcc
 }
 
 }  // namespace
-
-ErrorOrNil writeOwner(int folder, const char* name, int flags, std::optional<std::uint32_t> owner,
-                      std::optional<std::uint32_t> group) {
-  if (owner == kUnchanged || group == kUnchanged) return Error::posix(posix::kInvalidArgument);
-  if (!owner && !group) return std::nullopt;
-  if (fchownat(folder, name, owner.value_or(kUnchanged), group.value_or(kUnchanged), flags) != 0)
-    return errorFromErrno();
-  return std::nullopt;
-}
 
 ErrorOrNil writePermissions(const AccessListPlace& place, std::uint16_t permissions) {
   const unsigned wanted = permissions & kAllBits;

@@ -4,7 +4,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 
 #include "foundation/Error.h"
 #include "foundation/Result.h"
@@ -12,10 +11,6 @@
 #include "host/linux/AccessControlCalls.h"
 
 namespace vantrell::host {
-
-/// What is left out stays; nothing is done when both are. `flags` are fchownat's.
-ErrorOrNil writeOwner(int folder, const char* name, int flags, std::optional<std::uint32_t> owner,
-                      std::optional<std::uint32_t> group);
 
 /// Sets the low twelve mode bits; see ObjectHandle::setPermissions.
 ErrorOrNil writePermissions(const AccessListPlace& place, std::uint16_t permissions);

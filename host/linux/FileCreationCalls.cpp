@@ -1,7 +1,7 @@
 // Copyright (c) 2026 Vantrell. All rights reserved.
 // SPDX-License-Identifier: LicenseRef-Vantrell
 
-#include "host/linux/FileCreationCalls.h"
+#include "host/posix/FileCreationCalls.h"
 
 #include <cstdio>
 
@@ -12,10 +12,12 @@
 #include <unistd.h>
 
 #include "foundation/PosixCodes.h"
-#include "host/posix/EntryNames.h"
-#include "host/posix/ErrorNumbers.h"
 #include "host/linux/FileChangeCalls.h"
 #include "host/linux/FileStatusCalls.h"
+#include "host/posix/EntryNames.h"
+#include "host/posix/ErrorNumbers.h"
+#include "host/posix/FileDescriptor.h"
+#include "host/posix/RenameAfterCheck.h"
 
 namespace vantrell::host {
 namespace {
@@ -58,23 +60,7 @@ ErrorOrNil finishCreation(int folder, const char* name, FileType type, std::uint
   return writeModeOfNewObject(location.get(), permissions);
 }
 
-ErrorOrNil moveByLink(int folder, const char* name, int newFolder, const char* newName) {
-  if (linkat(folder, name, newFolder, newName, 0) != 0) return errorFromErrno();
-  if (unlinkat(folder, name, 0) == 0) return std::nullopt;
-  const Error error = errorFromErrno();
-  unlinkat(newFolder, newName, 0);
-  return error;
-}
-
 }  // namespace
-
-Result<FileDescriptor> createRegularFile(int folder, const char* name, std::uint16_t permissions) {
-  constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC;
-  FileDescriptor file(openat(folder, name, kFlags, permissions & kAccessBits));
-  if (!file) return errnoFailure();
-  if (auto error = writeModeOfNewObject(file.get(), permissions)) return failure(*error);
-  return file;
-}
 
 ErrorOrNil createFolder(int folder, const char* name, std::uint16_t permissions) {
   if (mkdirat(folder, name, permissions & kAccessBits) != 0) return errorFromErrno();
@@ -108,20 +94,6 @@ ErrorOrNil renameWithoutReplacing(int folder, const char* name, int newFolder, c
   // Also the answer for a folder that would come to lie in itself, which the other way gives again.
   if (errno == EINVAL || errno == ENOSYS) return renameAfterCheck(folder, name, newFolder, newName);
   return errorFromErrno();
-}
-
-ErrorOrNil renameAfterCheck(int folder, const char* name, int newFolder, const char* newName) {
-  const auto status = readFileStatus(folder, name, AT_SYMLINK_NOFOLLOW);
-  if (!status) return status.error();
-  if (!status->isDirectory()) {
-    const auto error = moveByLink(folder, name, newFolder, newName);
-    if (!error || error->isPosix(posix::kExists) || error->isPosix(posix::kCrossDevice)) return error;
-  }
-  const auto taken = readFileStatus(newFolder, newName, AT_SYMLINK_NOFOLLOW);
-  if (taken) return Error::posix(posix::kExists);
-  if (!taken.error().isPosix(posix::kNoEntry)) return taken.error();
-  if (renameat(folder, name, newFolder, newName) != 0) return errorFromErrno();
-  return std::nullopt;
 }
 
 }  // namespace vantrell::host

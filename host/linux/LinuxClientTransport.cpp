@@ -7,9 +7,9 @@
 #include <utility>
 
 #include "host/linux/ClientConnection.h"
-#include "host/posix/ErrorNumbers.h"
 #include "host/linux/LinuxFeedbackListener.h"
 #include "host/linux/SpawnedHelper.h"
+#include "host/posix/ErrorNumbers.h"
 
 namespace vantrell::host {
 

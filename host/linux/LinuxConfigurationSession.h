@@ -10,8 +10,8 @@
 
 #include "host/SystemConfiguration.h"
 #include "host/linux/ConfigurationLock.h"
-#include "host/posix/FileDescriptor.h"
 #include "host/linux/PropertyListFile.h"
+#include "host/posix/FileDescriptor.h"
 
 namespace vantrell::host {
 

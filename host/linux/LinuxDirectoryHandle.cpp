@@ -9,12 +9,10 @@
 #include <sys/syscall.h>
 
 #include "foundation/PosixCodes.h"
+#include "host/linux/FileStatusCalls.h"
+#include "host/linux/LinuxObjectHandle.h"
 #include "host/posix/EntryNames.h"
 #include "host/posix/ErrorNumbers.h"
-#include "host/linux/FileStatusCalls.h"
-#include "host/linux/LinkTarget.h"
-#include "host/linux/LinuxFileStreams.h"
-#include "host/linux/LinuxObjectHandle.h"
 
 namespace vantrell::host {
 namespace {
@@ -66,17 +64,17 @@ Result<FileDescriptor> openWithinMount(int folder, const char* name) {
 }  // namespace
 
 Result<FileStatus> LinuxDirectoryHandle::status() const {
-  return readFileStatus(folder_.get(), "", AT_EMPTY_PATH);
+  return readFileStatus(folder(), "", AT_EMPTY_PATH);
 }
 
 Result<FileStatus> LinuxDirectoryHandle::statusOf(const char* name, FollowLinks follow) const {
   if (!isEntryName(name)) return posixFailure(posix::kInvalidArgument);
-  return readFileStatus(folder_.get(), name, follow == FollowLinks::No ? AT_SYMLINK_NOFOLLOW : 0);
+  return readFileStatus(folder(), name, follow == FollowLinks::No ? AT_SYMLINK_NOFOLLOW : 0);
 }
 
 Result<std::unique_ptr<ObjectHandle>> LinuxDirectoryHandle::openObject(const char* name, FollowLinks follow) const {
   if (!isEntryName(name)) return posixFailure(posix::kInvalidArgument);
-  return openLinuxObject(folder_.get(), name, follow);
+  return openLinuxObject(folder(), name, follow);
 }
 
 Result<std::unique_ptr<DirectoryHandle>> LinuxDirectoryHandle::openDirectory(const char* name,
@@ -84,18 +82,18 @@ Result<std::unique_ptr<DirectoryHandle>> LinuxDirectoryHandle::openDirectory(con
   if (!isEntryName(name)) return posixFailure(posix::kInvalidArgument);
   FileDescriptor opened;
   if (mountPoints == MountPoints::Refuse) {
-    auto result = openWithinMount(folder_.get(), name);
+    auto result = openWithinMount(folder(), name);
     if (!result) return failure(result.error());
     opened = std::move(*result);
   } else {
-    opened.reset(openat(folder_.get(), name, kFolderFlags));
+    opened.reset(openat(folder(), name, kFolderFlags));
     if (!opened) return errnoFailure();
   }
   return std::make_unique<LinuxDirectoryHandle>(std::move(opened));
 }
 
 Result<std::unique_ptr<DirectoryHandle>> LinuxDirectoryHandle::openParent() const {
-  FileDescriptor opened(openat(folder_.get(), "..", kFolderFlags));
+  FileDescriptor opened(openat(folder(), "..", kFolderFlags));
   if (!opened) return errnoFailure();
   return std::make_unique<LinuxDirectoryHandle>(std::move(opened));
 }
@@ -104,7 +102,7 @@ Result<std::optional<DirectoryEntry>> LinuxDirectoryHandle::next() {
   if (!buffer_) buffer_ = std::make_unique_for_overwrite<std::byte[]>(kBufferSize);
   for (;;) {
     if (consumed_ == filled_) {
-      const ssize_t count = getdents64(folder_.get(), buffer_.get(), kBufferSize);
+      const ssize_t count = getdents64(folder(), buffer_.get(), kBufferSize);
       // A folder that was removed while it is open reads as missing; it has no entries left.
       if (count < 0 && errno != ENOENT) return errnoFailure();
       consumed_ = 0;
@@ -124,40 +122,18 @@ Result<std::optional<DirectoryEntry>> LinuxDirectoryHandle::next() {
 }
 
 void LinuxDirectoryHandle::setPosition(std::uint64_t position) {
-  lseek(folder_.get(), static_cast<off_t>(position), SEEK_SET);
+  lseek(folder(), static_cast<off_t>(position), SEEK_SET);
   consumed_ = filled_ = 0;
   position_ = position;
 }
 
 ErrorOrNil LinuxDirectoryHandle::setFlags(std::uint32_t flags) {
-  return writePinnedFlags(folder_.get(), flags);
+  return writePinnedFlags(folder(), flags);
 }
 
 ErrorOrNil LinuxDirectoryHandle::setFlagsOf(const char* name, std::uint32_t flags, FollowLinks follow) {
   if (!isEntryName(name)) return Error::posix(posix::kInvalidArgument);
-  return writeFileFlags(folder_.get(), name, follow, flags);
-}
-
-ErrorOrNil LinuxDirectoryHandle::removeFile(const char* name) {
-  if (!isEntryName(name)) return Error::posix(posix::kInvalidArgument);
-  if (unlinkat(folder_.get(), name, 0) != 0) return errorFromErrno();
-  return std::nullopt;
-}
-
-ErrorOrNil LinuxDirectoryHandle::removeDirectory(const char* name) {
-  if (!isEntryName(name)) return Error::posix(posix::kInvalidArgument);
-  if (unlinkat(folder_.get(), name, AT_REMOVEDIR) != 0) return errorFromErrno();
-  return std::nullopt;
-}
-
-Result<std::string> LinuxDirectoryHandle::readLinkOf(const char* name) const {
-  if (!isEntryName(name)) return posixFailure(posix::kInvalidArgument);
-  return readLinkTarget(folder_.get(), name);
-}
-
-Result<std::unique_ptr<FileReader>> LinuxDirectoryHandle::openFile(const char* name) const {
-  if (!isEntryName(name)) return posixFailure(posix::kInvalidArgument);
-  return openRegularFile(folder_.get(), name);
+  return writeFileFlags(folder(), name, follow, flags);
 }
 
 }  // namespace vantrell::host

@@ -6,15 +6,15 @@
 #include <cstddef>
 #include <memory>
 
-#include "host/FileSystem.h"
 #include "host/posix/FileDescriptor.h"
+#include "host/posix/PosixDirectoryHandle.h"
 
 namespace vantrell::host {
 
-class LinuxDirectoryHandle final : public DirectoryHandle {
+class LinuxDirectoryHandle final : public PosixDirectoryHandle {
  public:
   /// A folder opened for reading, or held as a place (O_PATH): then it can't be enumerated.
-  explicit LinuxDirectoryHandle(FileDescriptor folder) noexcept : folder_(std::move(folder)) {}
+  explicit LinuxDirectoryHandle(FileDescriptor folder) noexcept : PosixDirectoryHandle(std::move(folder)) {}
 
   Result<FileStatus> status() const override;
   Result<FileStatus> statusOf(const char* name, FollowLinks follow) const override;
@@ -22,25 +22,12 @@ class LinuxDirectoryHandle final : public DirectoryHandle {
   Result<std::unique_ptr<DirectoryHandle>> openDirectory(const char* name, MountPoints mountPoints) const override;
   Result<std::unique_ptr<DirectoryHandle>> openParent() const override;
   Result<std::optional<DirectoryEntry>> next() override;
-  void rewind() override { setPosition(0); }
   std::uint64_t position() const noexcept override { return position_; }
   void setPosition(std::uint64_t position) override;
   ErrorOrNil setFlags(std::uint32_t flags) override;
   ErrorOrNil setFlagsOf(const char* name, std::uint32_t flags, FollowLinks follow) override;
-  ErrorOrNil removeFile(const char* name) override;
-  ErrorOrNil removeDirectory(const char* name) override;
-  Result<std::string> readLinkOf(const char* name) const override;
-  Result<std::unique_ptr<FileReader>> openFile(const char* name) const override;
 
   // In LinuxDirectoryChanges.cpp.
-  Result<std::unique_ptr<FileWriter>> createFile(const char* name, std::uint16_t permissions) override;
-  ErrorOrNil makeDirectory(const char* name, std::uint16_t permissions) override;
-  ErrorOrNil makeSymbolicLink(const char* name, const std::string& target) override;
-  ErrorOrNil makeSpecialFile(const char* name, const FileStatus& like) override;
-  ErrorOrNil makeLink(const char* name, const DirectoryHandle& sourceFolder, const char* sourceName) override;
-  ErrorOrNil rename(const char* name, DirectoryHandle& destination, const char* newName) override;
-  ErrorOrNil setOwnerOf(const char* name, std::optional<std::uint32_t> owner,
-                        std::optional<std::uint32_t> group) override;
   ErrorOrNil setPermissionsOf(const char* name, std::uint16_t permissions) override;
   Result<std::unique_ptr<ObjectHandle>> openExaminedObject(const char* name, const FileStatus& status) const override;
   Result<ExaminedRights> examineRightsOf(const char* name, const FileStatus& status,
@@ -49,10 +36,8 @@ class LinuxDirectoryHandle final : public DirectoryHandle {
   Result<std::unique_ptr<AccessControlList>> accessControlListOf(const char* name) const override;
   ErrorOrNil setAccessControlListOf(const char* name, const AccessControlList* list) override;
   Result<std::unique_ptr<AccessControlList>> inheritedAccessControlListOf(const char* name) const override;
-  ErrorOrNil synchronize() override;
 
  private:
-  FileDescriptor folder_;
   std::unique_ptr<std::byte[]>
       buffer_;  // records as the kernel hands them out; none before the first and after the last
   std::size_t filled_ = 0;

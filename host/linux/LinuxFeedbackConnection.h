@@ -12,7 +12,7 @@
 #include "host/Transport.h"
 #include "host/linux/FeedbackChannel.h"
 #include "host/posix/FileDescriptor.h"
-#include "host/linux/TransportLimits.h"
+#include "host/posix/TransportLimits.h"
 
 namespace vantrell::host {
 

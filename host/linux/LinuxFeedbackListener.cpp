@@ -7,36 +7,43 @@
 #include <system_error>
 #include <utility>
 
+#include <fcntl.h>
 #include <sys/socket.h>
+#include <systemd/sd-id128.h>
 
 #include "host/posix/ErrorNumbers.h"
-#include "host/linux/PeerBus.h"
-#include "host/linux/WireNames.h"
-#include "host/linux/WireReader.h"
 
 namespace vantrell::host {
 
 Result<std::unique_ptr<FeedbackListener>> LinuxFeedbackListener::make(Handler handler) try {
   int ends[2] = {-1, -1};
-  if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, ends) != 0) return errnoFailure();
+  if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) return errnoFailure();
   FileDescriptor own(ends[0]);
-  auto listener = std::make_unique<LinuxFeedbackListener>(std::move(handler), FileDescriptor(ends[1]));
-  if (const ErrorOrNil problem = listener->start(std::move(own))) return failure(*problem);
-  return listener;
+  FileDescriptor endpoint(ends[1]);
+  // Each end has its own mode: this one is read by a thread that has nothing else to do.
+  if (fcntl(endpoint.get(), F_SETFL, O_NONBLOCK) != 0) return errnoFailure();
+  sd_id128_t identifier{};
+  if (const int result = sd_id128_randomize(&identifier); result < 0) return errnoFailure(-result);
+  char text[SD_ID128_STRING_MAX];
+  return std::make_unique<LinuxFeedbackListener>(std::move(handler), std::move(own), std::move(endpoint),
+                                                 sd_id128_to_string(identifier, text));
 } catch (const std::system_error& error) {
   return errnoFailure(error.code().value());
 }
 
-LinuxFeedbackListener::LinuxFeedbackListener(Handler handler, FileDescriptor endpoint)
-    : handler_(std::move(handler)), endpoint_(std::move(endpoint)) {}
+LinuxFeedbackListener::LinuxFeedbackListener(Handler handler, FileDescriptor socket, FileDescriptor endpoint,
+                                             std::string identifier)
+    : handler_(std::move(handler)),
+      socket_(std::move(socket)),
+      receiver_(std::move(identifier)),
+      endpoint_(std::move(endpoint)),
+      thread_([this] { run(); }) {}
 
 LinuxFeedbackListener::~LinuxFeedbackListener() {
-  {
-    const BusChannel::Lock lock = channel_.lock();
-    stopping_ = true;
-    channel_.wake();
-  }
-  if (thread_.joinable()) thread_.join();
+  stopping_ = true;
+  // Ends the thread's wait; the descriptor itself has to outlive it.
+  shutdown(socket_.get(), SHUT_RDWR);
+  thread_.join();
 }
 
 FileDescriptor LinuxFeedbackListener::takeEndpoint() noexcept {
@@ -44,60 +51,39 @@ FileDescriptor LinuxFeedbackListener::takeEndpoint() noexcept {
   return std::move(endpoint_);
 }
 
-int LinuxFeedbackListener::messageArrived(sd_bus_message* message, void* self, sd_bus_error* error) noexcept try {
-  auto& listener = *static_cast<LinuxFeedbackListener*>(self);
-  Dictionary dictionary;
-  if (!WireReader(message).dictionary(dictionary)) {
-    return sd_bus_error_set(error, SD_BUS_ERROR_INVALID_ARGS, "The message holds what feedback has no use for.");
+void LinuxFeedbackListener::run() noexcept {
+  try {
+    while (takeWhatArrives() && sendAnswers()) {
+    }
+  } catch (const std::bad_alloc&) {
   }
-  listener.arrived_.push_back(std::move(dictionary));
-  return 1;
-} catch (...) {
-  return -ENOMEM;
-}
-
-ErrorOrNil LinuxFeedbackListener::start(FileDescriptor socket) {
-  static const sd_bus_vtable kMethods[] = {
-      SD_BUS_VTABLE_START(0),
-      SD_BUS_METHOD_WITH_NAMES(kFeedbackMethod, "a{sv}", SD_BUS_PARAM(message), "", , messageArrived,
-                               SD_BUS_VTABLE_UNPRIVILEGED | SD_BUS_VTABLE_METHOD_NO_REPLY),
-      SD_BUS_VTABLE_END,
-  };
-  const BusChannel::Lock lock = channel_.lock();
-  Result<Bus> bus = makeServerBus(std::move(socket));
-  if (!bus) return bus.error();
-  int result = sd_bus_add_object_vtable(bus->get(), nullptr, kFeedbackPath.text, kFeedbackInterface, kMethods, this);
-  if (result >= 0) result = sd_bus_start(bus->get());
-  if (result < 0) return errorFromErrno(-result);
-  channel_.attach(*std::move(bus));
-  thread_ = std::thread([this] { run(); });
-  return std::nullopt;
-}
-
-void LinuxFeedbackListener::run() {
-  while (step()) {
-  }
-  {
-    const BusChannel::Lock lock = channel_.lock();
-    channel_.close();
-  }
+  // The service sees that nobody reads any more.
+  shutdown(socket_.get(), SHUT_RDWR);
   const std::lock_guard lock(mutex_);
   closed_ = true;
   ended_.notify_all();
 }
 
-bool LinuxFeedbackListener::step() {
-  std::vector<Dictionary> messages;
-  bool open = true;
-  {
-    BusChannel::Lock lock = channel_.lock();
-    const int processed = channel_.process(true, SIZE_MAX);
-    messages.swap(arrived_);
-    if (processed == 0 && messages.empty() && !stopping_) channel_.wait(lock);
-    open = processed >= 0 && !stopping_;
+// False at the connection's end.
+bool LinuxFeedbackListener::takeWhatArrives() {
+  const std::span<char> room = receiver_.room();
+  const ssize_t count = recv(socket_.get(), room.data(), room.size(), 0);
+  if (count < 0) return errno == EINTR;
+  receiver_.arrived(static_cast<std::size_t>(count));
+  while (!stopping_) {
+    const auto message = receiver_.next();
+    if (!message) break;
+    handler_(*message);
   }
-  for (const Dictionary& message : messages) handler_(message);
-  return open;
+  return count != 0 && !receiver_.isBroken() && !stopping_;
+}
+
+// A service that asks for answers and does not read them is none.
+bool LinuxFeedbackListener::sendAnswers() {
+  const std::string answers = receiver_.takeAnswers();
+  if (answers.empty()) return true;
+  const ssize_t count = send(socket_.get(), answers.data(), answers.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
+  return count == static_cast<ssize_t>(answers.size());
 }
 
 bool LinuxFeedbackListener::waitUntilClosed(std::chrono::milliseconds limit) {

@@ -3,15 +3,16 @@
 
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <thread>
-#include <vector>
 
 #include "host/ClientTransport.h"
-#include "host/linux/BusChannel.h"
+#include "host/linux/FeedbackReceiver.h"
 #include "host/posix/FileDescriptor.h"
 
 namespace vantrell::host {
@@ -23,7 +24,8 @@ class LinuxFeedbackListener final : public FeedbackListener {
 
   static Result<std::unique_ptr<FeedbackListener>> make(Handler handler);
 
-  LinuxFeedbackListener(Handler handler, FileDescriptor endpoint);
+  /// `socket` blocks. `identifier`: 32 hexadecimal digits.
+  LinuxFeedbackListener(Handler handler, FileDescriptor socket, FileDescriptor endpoint, std::string identifier);
   /// Closes the connection and waits for the thread. Not from the handler.
   ~LinuxFeedbackListener() override;
 
@@ -33,16 +35,14 @@ class LinuxFeedbackListener final : public FeedbackListener {
   FileDescriptor takeEndpoint() noexcept;
 
  private:
-  static int messageArrived(sd_bus_message* message, void* listener, sd_bus_error* error) noexcept;
-  ErrorOrNil start(FileDescriptor socket);
-  void run();
-  bool step();
+  void run() noexcept;
+  bool takeWhatArrives();
+  bool sendAnswers();
 
   const Handler handler_;
-  BusChannel channel_;
-  // Guarded by the channel's lock.
-  std::vector<Dictionary> arrived_;
-  bool stopping_ = false;
+  const FileDescriptor socket_;
+  FeedbackReceiver receiver_;  // the thread's
+  std::atomic<bool> stopping_ = false;
 
   std::mutex mutex_;
   std::condition_variable ended_;

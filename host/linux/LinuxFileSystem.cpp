@@ -7,25 +7,16 @@
 #include <unistd.h>
 
 #include "foundation/PosixCodes.h"
-#include "host/posix/EntryNames.h"
-#include "host/posix/ErrorNumbers.h"
 #include "host/linux/FileStatusCalls.h"
-#include "host/linux/LinkTarget.h"
 #include "host/linux/LinuxDirectoryHandle.h"
-#include "host/linux/LinuxFileContents.h"
 #include "host/linux/LinuxObjectHandle.h"
 #include "host/linux/PosixAccessControlList.h"
+#include "host/posix/EntryNames.h"
+#include "host/posix/ErrorNumbers.h"
+#include "host/posix/LinkTarget.h"
+#include "host/posix/PosixFileContents.h"
 
 namespace vantrell::host {
-namespace {
-
-// The kernel would silently act on what precedes a zero byte.
-bool holdsZero(const std::string& path) {
-  return path.find('\0') != std::string::npos;
-}
-
-}  // namespace
-
 Result<FileStatus> LinuxFileSystem::status(const std::string& path, FollowLinks follow) {
   if (holdsZero(path)) return posixFailure(posix::kInvalidArgument);
   return readFileStatus(AT_FDCWD, path.c_str(), follow == FollowLinks::No ? AT_SYMLINK_NOFOLLOW : 0);
@@ -46,15 +37,11 @@ Result<std::unique_ptr<DirectoryHandle>> LinuxFileSystem::openDirectory(const st
 
 Result<Location> LinuxFileSystem::locate(const std::string& path) {
   if (holdsZero(path)) return posixFailure(posix::kInvalidArgument);
-  const auto end = path.find_last_not_of('/') + 1;
-  const auto start = path.find_last_of('/', end == 0 ? 0 : end - 1) + 1;
-  if (start >= end) return posixFailure(posix::kInvalidArgument);
-  std::string name = path.substr(start, end - start);
-  if (isDotOrDotDot(name.c_str())) return posixFailure(posix::kInvalidArgument);
-  const std::string parent = start == 0 ? "." : path.substr(0, start);
-  FileDescriptor folder(open(parent.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  auto split = splitPath(path);
+  if (!split) return posixFailure(posix::kInvalidArgument);
+  FileDescriptor folder(open(split->folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
   if (!folder) return errnoFailure();
-  return Location{std::make_unique<LinuxDirectoryHandle>(std::move(folder)), std::move(name)};
+  return Location{std::make_unique<LinuxDirectoryHandle>(std::move(folder)), std::move(split->name)};
 }
 
 Result<std::unique_ptr<ObjectHandle>> LinuxFileSystem::openObject(const std::string& path, FollowLinks follow) {
@@ -85,7 +72,7 @@ Result<std::string> LinuxFileSystem::readLink(const std::string& path) {
 
 Result<std::unique_ptr<FileContents>> LinuxFileSystem::loadFile(const std::string& path, std::uint64_t maximumSize) {
   if (holdsZero(path)) return posixFailure(posix::kInvalidArgument);
-  return loadLinuxFile(path, maximumSize);
+  return loadPosixFile(path, maximumSize);
 }
 
 }  // namespace vantrell::host

@@ -17,8 +17,8 @@
 #include <sys/vfs.h>
 #include <unistd.h>
 
-#include "host/posix/FileDescriptor.h"
 #include "host/linux/FirmwareValueText.h"
+#include "host/posix/FileDescriptor.h"
 
 namespace vantrell::host {
 namespace {

@@ -5,9 +5,7 @@
 #include "host/linux/AppleSmcDriver.h"
 #include "host/linux/ElfExecutableDescriptor.h"
 #include "host/linux/LinuxApplications.h"
-#include "host/linux/LinuxChildProcesses.h"
 #include "host/linux/LinuxClientTransport.h"
-#include "host/linux/LinuxCurrentProcess.h"
 #include "host/linux/LinuxFileSystem.h"
 #include "host/linux/LinuxFirmwareVariables.h"
 #include "host/linux/LinuxIdentities.h"
@@ -15,14 +13,16 @@
 #include "host/linux/LinuxMainBundle.h"
 #include "host/linux/LinuxMounts.h"
 #include "host/linux/LinuxPreferences.h"
-#include "host/linux/LinuxProcessSignals.h"
 #include "host/linux/LinuxProcessTable.h"
-#include "host/linux/LinuxStorageDevices.h"
 #include "host/linux/LinuxSystemConfiguration.h"
 #include "host/linux/LinuxSystemLog.h"
 #include "host/linux/LinuxTransport.h"
 #include "host/linux/NettleCryptography.h"
 #include "host/linux/codesign/LinuxCodeSignatures.h"
+#include "host/posix/PosixChildProcesses.h"
+#include "host/posix/PosixCurrentProcess.h"
+#include "host/posix/PosixProcessSignals.h"
+#include "host/posix/PosixStorageDevices.h"
 
 namespace vantrell::host {
 
@@ -31,12 +31,12 @@ Host makeHost() {
   Host host;
   host.systemLog = makeSystemLog();
   host.cryptography = std::make_unique<NettleCryptography>();
-  host.currentProcess = std::make_unique<LinuxCurrentProcess>();
+  host.currentProcess = std::make_unique<PosixCurrentProcess>();
   host.fileSystem = std::make_unique<LinuxFileSystem>();
   host.codeSignatures = std::make_unique<LinuxCodeSignatures>(*host.fileSystem);
   host.identities = std::make_unique<LinuxIdentities>();
   host.processTable = std::make_unique<LinuxProcessTable>();
-  host.childProcesses = std::make_unique<LinuxChildProcesses>();
+  host.childProcesses = std::make_unique<PosixChildProcesses>();
   host.mainBundle = std::make_unique<LinuxMainBundle>(*host.fileSystem);
   host.executableDescriptor = std::make_unique<ElfExecutableDescriptor>(*host.fileSystem, *host.cryptography);
   host.smcDriver = std::make_unique<AppleSmcDriver>();
@@ -46,8 +46,8 @@ Host makeHost() {
   host.firmwareVariables = std::make_unique<LinuxFirmwareVariables>();
   host.preferences = std::make_unique<LinuxPreferences>();
   host.systemConfiguration = std::make_unique<LinuxSystemConfiguration>();
-  host.processSignals = std::make_unique<LinuxProcessSignals>();
-  host.storageDevices = std::make_unique<LinuxStorageDevices>();
+  host.processSignals = std::make_unique<PosixProcessSignals>();
+  host.storageDevices = std::make_unique<PosixStorageDevices>();
   host.applications = std::make_unique<LinuxApplications>(*host.fileSystem);
   host.mounts = std::make_unique<LinuxMounts>();
   return host;

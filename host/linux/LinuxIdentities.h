@@ -3,21 +3,14 @@
 
 #pragma once
 
-#include <mutex>
-
-#include "host/Identities.h"
+#include "host/posix/PosixIdentities.h"
 
 namespace vantrell::host {
 
 /// The user database is the identity service here: files and directory services, as the name-service switch says.
-class LinuxIdentities final : public Identities {
+class LinuxIdentities final : public PosixIdentities {
  public:
   std::vector<std::uint32_t> userIDsOfIdentityService() override { return userIDsOfUserDatabase(); }
-  std::vector<std::uint32_t> userIDsOfUserDatabase() override;
-  bool mayBeUserID(std::uint32_t userID) override;
-
- private:
-  std::mutex enumeration_;  // the C library keeps one place in the database for the whole process
 };
 
 }  // namespace vantrell::host

@@ -3,8 +3,8 @@
 
 #include "host/linux/LinuxKernelSettings.h"
 
+#include <algorithm>
 #include <cerrno>
-#include <optional>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -12,21 +12,15 @@
 #include "foundation/PosixCodes.h"
 #include "host/posix/ErrorNumbers.h"
 #include "host/posix/FileDescriptor.h"
+#include "host/posix/KernelVariableNames.h"
 
 namespace vantrell::host {
 namespace {
 
-// A component made of dots alone ("." and "..") shows up as empty ones: dots are what the name is split at.
-std::optional<std::string> relativePathOf(std::string_view name) {
-  if (name.find_first_of(std::string_view("/\0", 2)) != std::string_view::npos) return std::nullopt;
-  std::string path;
-  for (;;) {
-    const auto component = name.substr(0, name.find('.'));
-    if (component.empty()) return std::nullopt;
-    path.append("/").append(component);
-    if (component.size() == name.size()) return path;
-    name.remove_prefix(component.size() + 1);
-  }
+std::string relativePathOf(std::string_view name) {
+  auto path = "/" + std::string(name);
+  std::ranges::replace(path, '.', '/');
+  return path;
 }
 
 }  // namespace
@@ -47,9 +41,8 @@ ErrorOrNil writeKernelVariable(const std::string& path, std::int64_t value) {
 }
 
 ErrorOrNil LinuxKernelSettings::set(std::string_view name, std::int64_t value) {
-  const auto path = relativePathOf(name);
-  if (!path) return Error::posix(posix::kNoEntry);
-  return writeKernelVariable(root_ + *path, value);
+  if (!canBeKernelVariable(name)) return Error::posix(posix::kNoEntry);
+  return writeKernelVariable(root_ + relativePathOf(name), value);
 }
 
 }  // namespace vantrell::host

@@ -10,11 +10,12 @@
 #include "foundation/PosixCodes.h"
 #include "host/linux/AccessControlCalls.h"
 #include "host/linux/DescriptorPath.h"
-#include "host/posix/ErrorNumbers.h"
 #include "host/linux/ExtendedAttributeCalls.h"
 #include "host/linux/FileChangeCalls.h"
 #include "host/linux/FileStatusCalls.h"
 #include "host/linux/LinuxDirectoryHandle.h"
+#include "host/posix/ErrorNumbers.h"
+#include "host/posix/OwnerCalls.h"
 
 namespace vantrell::host {
 namespace {
@@ -64,7 +65,9 @@ Result<std::unique_ptr<DirectoryHandle>> LinuxObjectHandle::openDirectory() cons
 }
 
 ErrorOrNil LinuxObjectHandle::setOwner(std::optional<std::uint32_t> owner, std::optional<std::uint32_t> group) {
-  return writeOwner(location_.get(), "", AT_EMPTY_PATH, owner, group);
+  return writeOwner(owner, group, [&](std::uint32_t newOwner, std::uint32_t newGroup) {
+    return fchownat(location_.get(), "", newOwner, newGroup, AT_EMPTY_PATH);
+  });
 }
 
 ErrorOrNil LinuxObjectHandle::setPermissions(std::uint16_t permissions) {

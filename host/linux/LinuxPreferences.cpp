@@ -15,10 +15,10 @@
 
 #include "foundation/PosixCodes.h"
 #include "foundation/PropertyList.h"
-#include "host/posix/ErrorNumbers.h"
 #include "host/linux/FileAccessIdentity.h"
 #include "host/linux/PreferencesLocation.h"
 #include "host/linux/PropertyListFile.h"
+#include "host/posix/ErrorNumbers.h"
 
 #ifndef VANTRELL_VENDOR_DOMAIN_PREFIX
 #error "The build sets the vendor's prefix."

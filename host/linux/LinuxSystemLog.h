@@ -4,7 +4,6 @@
 #pragma once
 
 #include <memory>
-#include <string_view>
 
 #include "host/SystemLog.h"
 
@@ -29,11 +28,6 @@ constexpr int syslogPriority(LogLevel level) noexcept {
       break;
   }
   return 5;
-}
-
-constexpr std::string_view withoutFinalNewline(std::string_view message) noexcept {
-  if (message.ends_with('\n')) message.remove_suffix(1);
-  return message;
 }
 
 }  // namespace vantrell::host

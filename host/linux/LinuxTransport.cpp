@@ -11,8 +11,8 @@
 
 #include "host/linux/BusListener.h"
 #include "host/linux/DescriptorEndpoint.h"
-#include "host/posix/ErrorNumbers.h"
 #include "host/linux/PeerListener.h"
+#include "host/posix/ErrorNumbers.h"
 
 namespace vantrell::host {
 

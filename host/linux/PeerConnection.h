@@ -10,9 +10,9 @@
 
 #include "host/Transport.h"
 #include "host/linux/BusChannel.h"
-#include "host/posix/FileDescriptor.h"
 #include "host/linux/ServiceObject.h"
-#include "host/linux/TransportLimits.h"
+#include "host/posix/FileDescriptor.h"
+#include "host/posix/TransportLimits.h"
 
 namespace vantrell::host {
 

@@ -11,9 +11,9 @@
 
 #include "host/SystemLog.h"
 #include "host/Transport.h"
-#include "host/posix/FileDescriptor.h"
 #include "host/linux/PeerConnection.h"
-#include "host/linux/TransportLimits.h"
+#include "host/posix/FileDescriptor.h"
+#include "host/posix/TransportLimits.h"
 
 namespace vantrell::host {
 

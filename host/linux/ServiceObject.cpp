@@ -14,6 +14,7 @@
 #include "host/linux/DescriptorEndpoint.h"
 #include "host/linux/WireNames.h"
 #include "host/linux/WireReader.h"
+#include "host/posix/MessageSize.h"
 
 namespace vantrell::host {
 
@@ -83,23 +84,9 @@ bool readRequest(sd_bus_message* message, bool hasEndpoint, OperationRequest& re
          (!hasEndpoint || readEndpoint(message, request.endpoint)) && reader.array(request.arguments);
 }
 
-std::size_t heldBytes(const Value& value) {
-  std::size_t bytes = sizeof value;
-  if (const auto* text = value.asString()) return bytes + text->size();
-  if (const auto* data = value.asData()) return bytes + data->size();
-  if (const auto* array = value.asArray()) {
-    for (const auto& element : *array) bytes += heldBytes(element);
-  } else if (const auto* dictionary = value.asDictionary()) {
-    for (const auto& [key, element] : *dictionary) bytes += key.size() + heldBytes(element);
-  }
-  return bytes;
-}
-
 // The message itself is held as well, in about the same size.
-std::size_t heldBytes(const OperationRequest& request) {
-  std::size_t bytes = request.token.size();
-  for (const auto& argument : request.arguments) bytes += heldBytes(argument);
-  return bytes;
+std::size_t bytesOf(const OperationRequest& request) noexcept {
+  return request.token.size() + heldBytes(request.arguments);
 }
 
 void refuseArguments(IncomingCall call) {
@@ -122,7 +109,7 @@ void deliverOperation(IncomingCall call, QELPrivilegedToolProtocol& object) {
   if (!performs) {
     return object.cancelPrivilegedOperation(request.code, std::move(request.token), std::move(request.arguments));
   }
-  if (!call.charge(heldBytes(request)))
+  if (!call.charge(bytesOf(request)))
     return call.refuse(SD_BUS_ERROR_LIMITS_EXCEEDED, "The requests that wait for their answers are too large.");
   object.performPrivilegedOperation(request.code, std::move(request.token), std::move(request.endpoint),
                                     std::move(request.arguments),

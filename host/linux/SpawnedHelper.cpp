@@ -24,8 +24,8 @@ extern "C" {
 #include <sys/pidfd.h>
 }
 
-#include "host/posix/ErrorNumbers.h"
 #include "host/linux/UnixAddress.h"
+#include "host/posix/ErrorNumbers.h"
 
 namespace vantrell::host {
 

@@ -5,19 +5,13 @@
 
 #include <cstddef>
 
+#include "host/posix/MessageLimits.h"
+
 namespace vantrell::host {
 
-/// How deep arrays, dictionaries and errors may be nested within each other, in both directions. A message bus drops
-/// whoever sends more than 64 containers within each other (limit of the D-Bus message protocol); an error takes four
-/// of them, the list of arguments or the answer around it up to four more.
-inline constexpr int kMaximumValueDepth = 15;
-
-/// How many values one message may bring. The largest message, filled with the smallest values, would otherwise grow to
-/// gigabytes here.
-inline constexpr std::size_t kMaximumValueCount = std::size_t{4} << 20;
-
-/// The largest message that both ends take (sd-bus's own bound is 128 MiB), with room for its header.
-inline constexpr std::size_t kMaximumMessageBytes = (std::size_t{128} << 20) - 65536;
+// Bounds of the D-Bus protocol.
+inline constexpr std::size_t kMaximumArrayBytes = std::size_t{64} << 20;
+inline constexpr std::size_t kMaximumWholeMessageBytes = std::size_t{128} << 20;
 
 /// The message key whose value, an array of dictionaries, always has the same signature on the wire.
 inline constexpr char kFileObjectInfoKey[] = "FileObjectInfo";

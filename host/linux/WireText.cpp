@@ -56,6 +56,10 @@ std::size_t sendablePrefix(std::string_view text) noexcept {
         continue;
       }
     }
+    if (const std::uint8_t byte = byteAt(text, at); byte != 0 && byte < 0x80) {
+      ++at;  // what is left of most texts
+      continue;
+    }
     const Step step = firstCharacter(text.substr(at));
     if (!step.sendable) break;
     at += step.length;

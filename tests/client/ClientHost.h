@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "host/Host.h"
-#include "host/linux/LinuxCurrentProcess.h"
 #include "host/linux/LinuxFileSystem.h"
 #include "host/linux/NettleCryptography.h"
+#include "host/posix/PosixCurrentProcess.h"
 #include "tests/support/FakeApplications.h"
 #include "tests/support/FakeHostParts.h"
 #include "tests/support/ForwardingFileSystem.h"
@@ -51,7 +51,7 @@ struct ClientHost {
   ClientHost() {
     host.systemLog = std::make_unique<RecordingLog>();
     host.cryptography = std::make_unique<host::NettleCryptography>();
-    auto fakeProcess = std::make_unique<FakeCurrentProcess>(std::make_unique<host::LinuxCurrentProcess>());
+    auto fakeProcess = std::make_unique<FakeCurrentProcess>(std::make_unique<host::PosixCurrentProcess>());
     process = fakeProcess.get();
     host.currentProcess = std::move(fakeProcess);
     host.mainBundle = std::make_unique<FakeMainBundle>("/fake/bin/vantrellctl", std::nullopt);

@@ -169,6 +169,7 @@ class FakeClientTransport final : public host::ClientTransport {
     lastAddress = serviceName;
     return std::make_unique<FakeServiceConnection>(service_);
   }
+  host::InstallationPlaces installationPlaces() const override { return places; }
   Result<std::unique_ptr<host::FeedbackListener>> makeFeedbackListener(
       std::function<void(const Dictionary&)> handler) override {
     return std::make_unique<FakeFeedbackListener>(std::move(handler));
@@ -178,6 +179,7 @@ class FakeClientTransport final : public host::ClientTransport {
   }
 
   std::string lastAddress;
+  host::InstallationPlaces places = {"/run/vantrell/privilegedtool.socket", "/usr/libexec"};
 
  private:
   FakeService& service_;

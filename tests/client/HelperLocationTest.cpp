@@ -9,6 +9,7 @@
 #include "client/HelperLocation.h"
 #include "foundation/PosixCodes.h"
 #include "tests/client/ClientHost.h"
+#include "tests/client/FakeService.h"
 
 namespace vantrell {
 namespace {
@@ -17,16 +18,20 @@ using host::FileType;
 using testing::HasSubstr;
 using Way = HelperLocation::Way;
 
+constexpr char kSocket[] = "/run/vantrell/privilegedtool.socket";
 constexpr char kInstalled[] = "/usr/libexec/Vantrell-PrivilegedTool";
 constexpr char kBeside[] = "/fake/bin/Vantrell-PrivilegedTool";
 
 class HelperLocationTest : public testing::Test {
  protected:
   HelperLocationTest() {
-    place(kServiceSocketPath, FileType::Unknown);
+    place(kSocket, FileType::Unknown);
     place(kInstalled, FileType::Unknown);
     place(kBeside, FileType::Unknown);
     client_.process->setUserID(501);
+    auto transport = std::make_unique<tests::FakeClientTransport>(service_);
+    transport_ = transport.get();
+    client_.host.clientTransport = std::move(transport);
   }
   void place(const std::string& path, FileType type) { client_.files->objects[path] = type; }
   Result<HelperLocation> locate(const ConnectionOptions& options = {}) {
@@ -35,6 +40,8 @@ class HelperLocationTest : public testing::Test {
 
   tests::ClientHost client_;
   QELPrivilegedToolOperationSetLM4 operations_{*client_.host.systemLog};
+  tests::FakeService service_{client_.host, operations_, {}};
+  tests::FakeClientTransport* transport_;
 };
 
 TEST_F(HelperLocationTest, TakesTheAddressThatIsNamed) {
@@ -74,13 +81,25 @@ TEST_F(HelperLocationTest, PrefersTheHelperBesideThisProgram) {
 }
 
 TEST_F(HelperLocationTest, TakesTheServiceManagersSocketWhereItExists) {
-  place(kServiceSocketPath, FileType::Socket);
+  place(kSocket, FileType::Socket);
   for (const std::uint32_t user : {0U, 501U}) {
     client_.process->setUserID(user);
     const auto location = locate();
     ASSERT_TRUE(location);
     EXPECT_EQ(location->way, Way::Address);
     EXPECT_EQ(location->target, "unix:path=/run/vantrell/privilegedtool.socket");
+  }
+}
+
+TEST_F(HelperLocationTest, TakesTheServicesNameWhereNoSocketLeadsToServices) {
+  transport_->places = {"", "/Library/PrivilegedHelperTools"};
+  for (const std::uint32_t user : {0U, 501U}) {
+    client_.process->setUserID(user);
+    const auto location = locate();
+    ASSERT_TRUE(location);
+    EXPECT_EQ(location->way, Way::Bus);
+    EXPECT_EQ(location->target, VANTRELL_VENDOR_DOMAIN_PREFIX ".system.privilegedtool-lm4");
+    EXPECT_EQ(location->executable, "/Library/PrivilegedHelperTools/Vantrell-PrivilegedTool");
   }
 }
 
@@ -99,7 +118,7 @@ TEST_F(HelperLocationTest, TellsWhatToDoWhenNoWayIsLeft) {
   auto location = locate();
   ASSERT_FALSE(location);
   EXPECT_TRUE(location.error().isPosix(posix::kNoEntry));
-  EXPECT_THAT(textOfError(location.error()).description, HasSubstr(kServiceSocketPath));
+  EXPECT_THAT(textOfError(location.error()).description, HasSubstr(kSocket));
   EXPECT_THAT(textOfError(location.error()).recoverySuggestion, HasSubstr("--address"));
 
   client_.process->setUserID(0);

@@ -10,7 +10,7 @@
 
 #include "fileops/FileObjectCreation.h"
 #include "foundation/Value.h"
-#include "host/linux/LinuxChildProcesses.h"
+#include "host/posix/PosixChildProcesses.h"
 #include "tests/fileops/AdvancedOpsFixture.h"
 #include "tests/support/MountedFileSystem.h"
 
@@ -34,7 +34,7 @@ class FileObjectCreationTest : public testing::Test {
   }
   host::LinuxFileSystem fileSystem_;
   FileManager fileManager_{fileSystem_};
-  host::LinuxChildProcesses childProcesses_;
+  host::PosixChildProcesses childProcesses_;
   FileObjectCreation creation_{fileManager_, fileSystem_, childProcesses_};
   TemporaryFolder folder_;
 };

@@ -16,7 +16,7 @@
 
 #include "fileops/SystemFileReplacement.h"
 #include "foundation/Value.h"
-#include "host/linux/LinuxChildProcesses.h"
+#include "host/posix/PosixChildProcesses.h"
 #include "tests/fileops/AdvancedOpsFixture.h"
 #include "tests/support/ForwardingFileSystem.h"
 #include "tests/support/InodeFlags.h"
@@ -55,7 +55,7 @@ class SystemFile : public testing::Test {
 
   host::LinuxFileSystem fileSystem_;
   FileManager fileManager_{fileSystem_};
-  host::LinuxChildProcesses childProcesses_;
+  host::PosixChildProcesses childProcesses_;
   SystemFileReplacement replacement_{fileManager_, fileSystem_, childProcesses_};
   TemporaryFolder made_;
   // The temporary folder itself may be reached through links.

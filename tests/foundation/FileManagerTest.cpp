@@ -16,6 +16,7 @@
 #include "foundation/Value.h"
 #include "host/linux/LinuxFileSystem.h"
 #include "tests/support/DeepTree.h"
+#include "tests/support/ForwardingFileSystem.h"
 #include "tests/support/InodeFlags.h"
 #include "tests/support/MountedFileSystem.h"
 #include "tests/support/TemporaryFolder.h"
@@ -308,6 +309,26 @@ TEST_F(ResolvingSymlinks, KeepsWhatDoesNotExist) {
   EXPECT_EQ(resolved("file/below"), top_ + "/file/below");
   EXPECT_EQ(fileManager_.stringByResolvingSymlinksInPath("relative/path"), "relative/path");
   EXPECT_EQ(fileManager_.stringByResolvingSymlinksInPath(""), "");
+}
+
+TEST_F(ResolvingSymlinks, LeavesOutTheFolderThatNobodyWrites) {
+  struct FileSystemWithSuchAFolder final : tests::ForwardingFileSystem {
+    using tests::ForwardingFileSystem::ForwardingFileSystem;
+    std::string_view unwrittenFolder() const noexcept override { return folder; }
+    std::string folder;
+  };
+  FileSystemWithSuchAFolder fileSystem(fileSystem_);
+  fileSystem.folder = top_;
+  FileManager fileManager(fileSystem);
+  folder_.makeFolder("tmp");
+  folder_.makeFolder("tmpfiles");
+  folder_.makeFolder("opt");
+  folder_.makeFile("tmp/not in the other one");
+  EXPECT_EQ(fileManager.stringByResolvingSymlinksInPath(top_ + "/tmp"), "/tmp");
+  EXPECT_EQ(fileManager.stringByResolvingSymlinksInPath(top_ + "/tmp/not in the other one"),
+            top_ + "/tmp/not in the other one");
+  EXPECT_EQ(fileManager.stringByResolvingSymlinksInPath(top_ + "/tmpfiles"), top_ + "/tmpfiles");
+  EXPECT_EQ(fileManager.stringByResolvingSymlinksInPath(top_ + "/opt"), top_ + "/opt");
 }
 
 TEST_F(ResolvingSymlinks, ComesToAnEndWithLoops) {

@@ -17,7 +17,8 @@
 #include <unistd.h>
 
 #include "foundation/PosixCodes.h"
-#include "host/linux/LinuxChildProcesses.h"
+#include "host/posix/FileDescriptor.h"
+#include "host/posix/PosixChildProcesses.h"
 #include "tests/support/ChildScripts.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -28,7 +29,7 @@ using host::ChildProcess;
 using host::ChildSignal;
 using host::ChildStream;
 using host::FileDescriptor;
-using host::LinuxChildProcesses;
+using host::PosixChildProcesses;
 using namespace std::chrono_literals;
 
 class ChildProcesses : public testing::Test {
@@ -47,7 +48,7 @@ class ChildProcesses : public testing::Test {
   }
   std::int32_t run(const std::string& line) { return relay(*launch(kShell, script(line))); }
 
-  LinuxChildProcesses children_;
+  PosixChildProcesses children_;
   OutputRecord record_;
   std::vector<std::int32_t> statusAtExit_;
 };
@@ -63,7 +64,7 @@ TEST_F(ChildProcesses, RelaysBothStreamsAndTheStatus) {
 TEST_F(ChildProcesses, WithoutOutputThereIsTheEndOfEachStreamOutputFirst) {
   for (int i = 0; i < 50; ++i) {
     OutputRecord record;
-    const auto child = launch("/bin/true");
+    const auto child = launch("/usr/bin/true");
     EXPECT_EQ(child->relayOutputUntilExit(
                   [&](ChildStream stream, DataView bytes) { record.add(bytes, stream == ChildStream::Error); }),
               0);
@@ -75,12 +76,6 @@ TEST_F(ChildProcesses, ArgumentsArriveAsTheyAre) {
   const auto child = launch(kShell, {"-c", "printf '%s|' \"$0\" \"$@\"", "zero", "", "a b", "*", "$HOME", "\xFF\n"});
   EXPECT_EQ(relay(*child), 0);
   EXPECT_EQ(record_.text(false), "zero||a b|*|$HOME|\xFF\n|");
-}
-
-TEST_F(ChildProcesses, TheFirstWordIsThePath) {
-  const auto child = launch("/bin/cat", {"/proc/self/cmdline"});
-  EXPECT_EQ(relay(*child), 0);
-  EXPECT_EQ(record_.text(false), std::string("/bin/cat\0/proc/self/cmdline\0", 28));
 }
 
 TEST_F(ChildProcesses, TheEndBySignalGivesItsNumber) {
@@ -178,7 +173,7 @@ TEST_F(ChildProcesses, AnEndlessWriterThatInheritedAPipeIsCutOffAfterAnInterrupt
 }
 
 TEST_F(ChildProcesses, ASignalAfterTheEndDoesNothing) {
-  const auto child = launch("/bin/true");
+  const auto child = launch("/usr/bin/true");
   EXPECT_EQ(relay(*child), 0);
   child->sendSignal(ChildSignal::Terminate);
   child->sendSignal(ChildSignal::Interrupt);
@@ -199,15 +194,15 @@ TEST_F(ChildProcesses, WhatCannotBeExecutedIsAnError) {
   EXPECT_EQ(tryToLaunch(orphan).error(), Error::posix(posix::kNoEntry));
   EXPECT_EQ(tryToLaunch(text + "/below").error(), Error::posix(posix::kNotDirectory));
   EXPECT_EQ(tryToLaunch("").error(), Error::posix(posix::kNoEntry));
-  EXPECT_EQ(tryToLaunch("true").error(), Error::posix(posix::kNoEntry));                      // no search path
-  EXPECT_EQ(tryToLaunch("/bin/true", {std::string(4 << 20, 'x')}).error(), Error::posix(7));  // E2BIG
+  EXPECT_EQ(tryToLaunch("true").error(), Error::posix(posix::kNoEntry));                          // no search path
+  EXPECT_EQ(tryToLaunch("/usr/bin/true", {std::string(4 << 20, 'x')}).error(), Error::posix(7));  // E2BIG
   EXPECT_EQ(openDescriptors(), before);
   EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);  // nor is there a child
 }
 
 TEST_F(ChildProcesses, ZeroBytesAreRefused) {
-  EXPECT_EQ(tryToLaunch(std::string("/bin/true\0x", 11)).error(), Error::posix(posix::kInvalidArgument));
-  EXPECT_EQ(tryToLaunch("/bin/true", {std::string("\0", 1)}).error(), Error::posix(posix::kInvalidArgument));
+  EXPECT_EQ(tryToLaunch(std::string("/usr/bin/true\0x", 15)).error(), Error::posix(posix::kInvalidArgument));
+  EXPECT_EQ(tryToLaunch("/usr/bin/true", {std::string("\0", 1)}).error(), Error::posix(posix::kInvalidArgument));
 }
 
 TEST_F(ChildProcesses, PipesNeedDescriptorsAndALaunchNoMoreThanThat) {
@@ -232,7 +227,7 @@ TEST_F(ChildProcesses, NothingStaysBehind) {
 
 TEST_F(ChildProcesses, AChildThatIsLetGoOfIsStillWaitedFor) {
   auto child = launch("/bin/sleep", {"60"});
-  auto ended = launch("/bin/true");
+  auto ended = launch("/usr/bin/true");
   const auto identifier = child->identifier();
   siginfo_t information;
   waitid(P_PID, static_cast<id_t>(ended->identifier()), &information, WEXITED | WNOWAIT);
@@ -251,8 +246,8 @@ TEST_F(ChildProcesses, TheChildHasNoDescriptorButItsStreams) {
   const FileDescriptor leaking(open("/dev/null", O_RDONLY));
   const FileDescriptor high(fcntl(leaking.get(), F_DUPFD, 200));
   const auto other = children_.makePipes();
-  EXPECT_EQ(relay(*launch("/bin/ls", {"/proc/self/fd"})), 0);
-  EXPECT_EQ(record_.text(false), "0\n1\n2\n3\n");  // the last is the folder being listed
+  EXPECT_EQ(run("n=3; while [ $n -lt 256 ]; do [ -e /dev/fd/$n ] && echo $n; n=$((n + 1)); done; exit 0"), 0);
+  EXPECT_EQ(record_.text(false), "");
 }
 
 TEST_F(ChildProcesses, TheChildHasItsStreamsAlsoWhenThisProcessHasNone) {
@@ -274,15 +269,16 @@ TEST_F(ChildProcesses, TheChildStartsWithDefaultSignals) {
   sigaddset(&blocked, SIGTERM);
   pthread_sigmask(SIG_BLOCK, &blocked, &before);
   auto* const handler = std::signal(SIGPIPE, SIG_IGN);
-  EXPECT_EQ(relay(*launch("/bin/grep", {"-E", "^Sig(Blk|Ign)", "/proc/self/status"})), 0);
+  EXPECT_EQ(run("kill -INT $$; exit 0"), SIGINT);
+  EXPECT_EQ(run("kill -TERM $$; exit 0"), SIGTERM);
+  EXPECT_EQ(run("kill -PIPE $$; exit 0"), SIGPIPE);
   std::signal(SIGPIPE, handler);
   pthread_sigmask(SIG_SETMASK, &before, nullptr);
-  EXPECT_EQ(record_.text(false), "SigBlk:\t0000000000000000\nSigIgn:\t0000000000000000\n");
 }
 
 TEST_F(ChildProcesses, StatusesAreKeptWhereTheProcessWasStartedToIgnoreThem) {
   auto* const handler = std::signal(SIGCHLD, SIG_IGN);
-  LinuxChildProcesses children;
+  PosixChildProcesses children;
   auto child = children.launch(kShell, script("exit 9"), children.makePipes().value());
   EXPECT_EQ((*child)->relayOutputUntilExit([](ChildStream, DataView) {}), 9);
   std::signal(SIGCHLD, handler);
@@ -309,7 +305,7 @@ TEST_F(ChildProcesses, TheSearchPathIsSetAndRemovedForLaterChildren) {
 
 TEST_F(ChildProcesses, OwnStreamsAreWrittenWholeAndMayBeGone) {
   int ends[2];
-  ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+  ASSERT_EQ(pipe(ends), 0);
   FileDescriptor reading(ends[0]);
   const FileDescriptor writing(ends[1]);
   fcntl(writing.get(), F_SETFL, O_WRONLY | O_NONBLOCK);
@@ -337,7 +333,7 @@ TEST_F(ChildProcesses, OwnStreamsAreWrittenWholeAndMayBeGone) {
 }
 
 TEST(ChildProcessesConcurrent, LaunchesAndSearchPathsDoNotDisturbEachOther) {
-  LinuxChildProcesses children;
+  PosixChildProcesses children;
   const auto before = children.searchPath();
   std::vector<std::thread> threads;
   for (int i = 0; i < 4; ++i) {

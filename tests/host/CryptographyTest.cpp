@@ -2,9 +2,6 @@
 // SPDX-License-Identifier: LicenseRef-Vantrell
 
 #include <algorithm>
-#include <functional>
-#include <memory>
-#include <ostream>
 #include <set>
 #include <string>
 #include <string_view>
@@ -13,27 +10,11 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
-#include "host/Cryptography.h"
-#include "host/linux/NettleCryptography.h"
+#include "tests/host/CryptographyContract.h"
 
-namespace vantrell::host {
+namespace vantrell::tests {
+
 namespace {
-
-struct Implementation {
-  std::string name;
-  std::function<std::unique_ptr<Cryptography>()> make;
-
-  friend void PrintTo(const Implementation& implementation, std::ostream* stream) { *stream << implementation.name; }
-};
-
-// What every implementation of the role must do; new ones are added to the list at the end.
-class CryptographyContractTest : public testing::TestWithParam<Implementation> {
- protected:
-  std::unique_ptr<Cryptography> cryptography_ = GetParam().make();
-
-  std::string sha1(std::string_view text) const;
-  Result<Data> rc4(DataView key, DataView input) const;
-};
 
 std::string hexOf(DataView bytes) {
   std::string text;
@@ -53,18 +34,20 @@ Data countingKey(std::size_t size) {
   return key;
 }
 
-std::string CryptographyContractTest::sha1(std::string_view text) const {
-  const auto digest = cryptography_->sha1(bytesOf(text));
+}  // namespace
+
+std::string CryptographyContract::sha1(std::string_view text) const {
+  const auto digest = cryptography->sha1(bytesOf(text));
   return digest ? hexOf(*digest) : "failed";
 }
 
-Result<Data> CryptographyContractTest::rc4(DataView key, DataView input) const {
+Result<Data> CryptographyContract::rc4(DataView key, DataView input) const {
   Data output(input.size());
-  if (const ErrorOrNil error = cryptography_->rc4(key, input, output)) return failure(*error);
+  if (const ErrorOrNil error = cryptography->rc4(key, input, output)) return failure(*error);
   return output;
 }
 
-TEST_P(CryptographyContractTest, DigestsThePublishedSha1Vectors) {
+TEST_P(CryptographyContract, DigestsThePublishedSha1Vectors) {
   EXPECT_EQ(sha1(""), "da39a3ee5e6b4b0d3255bfef95601890afd80709");
   EXPECT_EQ(sha1("abc"), "a9993e364706816aba3e25717850c26c9cd0d89d");
   EXPECT_EQ(sha1("abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq"),
@@ -76,15 +59,15 @@ TEST_P(CryptographyContractTest, DigestsThePublishedSha1Vectors) {
   EXPECT_EQ(sha1(std::string(1'000'000, 'a')), "34aa973cd4c4daa4f61eeb2bdbad27316534016f");
 }
 
-TEST_P(CryptographyContractTest, AStreamedDigestEqualsTheOneShot) {
+TEST_P(CryptographyContract, AStreamedDigestEqualsTheOneShot) {
   Data bytes(1000);
   for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<std::uint8_t>(i * 37 + i / 7);
-  auto context = cryptography_->makeSha1();
+  auto context = cryptography->makeSha1();
   ASSERT_TRUE(context.has_value());
   // Sizes around the padding's and the block's edges, in pieces of several sizes; one context serves them all.
   for (const std::size_t size : {0U, 1U, 55U, 56U, 63U, 64U, 65U, 119U, 120U, 128U, 1000U}) {
     const DataView whole = DataView(bytes).first(size);
-    const auto expected = cryptography_->sha1(whole);
+    const auto expected = cryptography->sha1(whole);
     ASSERT_TRUE(expected.has_value());
     for (const std::size_t piece : {1U, 3U, 63U, 64U, 65U, 1000U}) {
       for (std::size_t at = 0; at < size; at += piece) {
@@ -96,9 +79,9 @@ TEST_P(CryptographyContractTest, AStreamedDigestEqualsTheOneShot) {
   }
 }
 
-TEST_P(CryptographyContractTest, ContextsAreIndependent) {
-  auto one = cryptography_->makeSha1();
-  auto other = cryptography_->makeSha1();
+TEST_P(CryptographyContract, ContextsAreIndependent) {
+  auto one = cryptography->makeSha1();
+  auto other = cryptography->makeSha1();
   ASSERT_TRUE(one.has_value() && other.has_value());
   (*one)->update(bytesOf("a"));
   (*other)->update(bytesOf("something else"));
@@ -106,7 +89,7 @@ TEST_P(CryptographyContractTest, ContextsAreIndependent) {
   EXPECT_EQ(hexOf((*one)->finish()), "a9993e364706816aba3e25717850c26c9cd0d89d");
 }
 
-TEST_P(CryptographyContractTest, EnciphersTheClassicRc4Vectors) {
+TEST_P(CryptographyContract, EnciphersTheClassicRc4Vectors) {
   const auto enciphered = [&](std::string_view key, std::string_view text) {
     return hexOf(rc4(bytesOf(key), bytesOf(text)).value());
   };
@@ -116,7 +99,7 @@ TEST_P(CryptographyContractTest, EnciphersTheClassicRc4Vectors) {
 }
 
 // RFC 6229: the key stream from offsets 0 and 4096 (zeros are enciphered to see it).
-TEST_P(CryptographyContractTest, MakesThePublishedRc4KeyStreams) {
+TEST_P(CryptographyContract, MakesThePublishedRc4KeyStreams) {
   struct Vector {
     std::size_t keySize;
     std::string_view at0;
@@ -138,7 +121,7 @@ TEST_P(CryptographyContractTest, MakesThePublishedRc4KeyStreams) {
   }
 }
 
-TEST_P(CryptographyContractTest, Rc4DeciphersWhatItEnciphered) {
+TEST_P(CryptographyContract, Rc4DeciphersWhatItEnciphered) {
   for (const std::size_t keySize : {1U, 16U, 256U}) {
     const Data key = countingKey(keySize);
     Data plain(3000);
@@ -150,55 +133,49 @@ TEST_P(CryptographyContractTest, Rc4DeciphersWhatItEnciphered) {
   }
 }
 
-TEST_P(CryptographyContractTest, Rc4WorksInPlace) {
+TEST_P(CryptographyContract, Rc4WorksInPlace) {
   Data bytes = dataOf("Plaintext");
-  EXPECT_EQ(cryptography_->rc4(bytesOf("Key"), bytes, bytes), std::nullopt);
+  EXPECT_EQ(cryptography->rc4(bytesOf("Key"), bytes, bytes), std::nullopt);
   EXPECT_EQ(hexOf(bytes), "bbf316e8d940af0ad3");
 }
 
-TEST_P(CryptographyContractTest, Rc4OfNothingIsNothing) {
+TEST_P(CryptographyContract, Rc4OfNothingIsNothing) {
   EXPECT_EQ(rc4(bytesOf("Key"), {}).value(), Data());
 }
 
-TEST_P(CryptographyContractTest, Rc4RefusesBadLengthsAndLeavesTheOutputAlone) {
+TEST_P(CryptographyContract, Rc4RefusesBadLengthsAndLeavesTheOutputAlone) {
   const Data input = dataOf("Plaintext");
   Data output(input.size(), 7);
   const Data untouched = output;
   const ErrorOrNil invalid = Error::posix(22);
-  EXPECT_EQ(cryptography_->rc4({}, input, output), invalid);
-  EXPECT_EQ(cryptography_->rc4(Data(257, 1), input, output), invalid);
-  EXPECT_EQ(cryptography_->rc4(bytesOf("Key"), DataView(input).first(8), output), invalid);
-  EXPECT_EQ(cryptography_->rc4(bytesOf("Key"), input, std::span(output).first(8)), invalid);
+  EXPECT_EQ(cryptography->rc4({}, input, output), invalid);
+  EXPECT_EQ(cryptography->rc4(Data(257, 1), input, output), invalid);
+  EXPECT_EQ(cryptography->rc4(bytesOf("Key"), DataView(input).first(8), output), invalid);
+  EXPECT_EQ(cryptography->rc4(bytesOf("Key"), input, std::span(output).first(8)), invalid);
   EXPECT_EQ(output, untouched);
 }
 
-TEST_P(CryptographyContractTest, RandomBytesDiffer) {
+TEST_P(CryptographyContract, RandomBytesDiffer) {
   std::set<Data> seen;
   for (int i = 0; i < 100; ++i) {
     Data bytes(16);
-    ASSERT_EQ(cryptography_->randomBytes(bytes), std::nullopt);
+    ASSERT_EQ(cryptography->randomBytes(bytes), std::nullopt);
     EXPECT_TRUE(seen.insert(bytes).second);
   }
 }
 
 // More than the Linux kernel hands out in one call, which is a byte less than 32 MiB.
-TEST_P(CryptographyContractTest, RandomBytesFillAllOfALargeBuffer) {
+TEST_P(CryptographyContract, RandomBytesFillAllOfALargeBuffer) {
   Data bytes(std::size_t{40} << 20);
-  ASSERT_EQ(cryptography_->randomBytes(bytes), std::nullopt);
+  ASSERT_EQ(cryptography->randomBytes(bytes), std::nullopt);
   const Data zeros(64);
   for (const std::size_t at : {std::size_t{0}, std::size_t{32} << 20, bytes.size() - 64}) {
     EXPECT_FALSE(std::ranges::equal(DataView(bytes).subspan(at, 64), zeros)) << "at " << at;
   }
 }
 
-TEST_P(CryptographyContractTest, NoRandomBytesAreASuccess) {
-  EXPECT_EQ(cryptography_->randomBytes({}), std::nullopt);
+TEST_P(CryptographyContract, NoRandomBytesAreASuccess) {
+  EXPECT_EQ(cryptography->randomBytes({}), std::nullopt);
 }
 
-INSTANTIATE_TEST_SUITE_P(Implementations, CryptographyContractTest,
-                         testing::Values(Implementation{"Nettle",
-                                                        [] { return std::make_unique<NettleCryptography>(); }}),
-                         [](const auto& info) { return info.param.name; });
-
-}  // namespace
-}  // namespace vantrell::host
+}  // namespace vantrell::tests

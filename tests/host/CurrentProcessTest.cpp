@@ -10,8 +10,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "host/CurrentProcess.h"
-#include "host/linux/LinuxCurrentProcess.h"
+#include "host/Host.h"
 
 namespace vantrell::host {
 namespace {
@@ -30,68 +29,74 @@ int statusOfChild(const auto& body) {
   return status;
 }
 
-TEST(CurrentProcessTest, KnowsItsIdentifierAndUsers) {
-  const LinuxCurrentProcess process;
-  EXPECT_EQ(process.identifier(), getpid());
-  EXPECT_EQ(process.realUserID(), getuid());
-  EXPECT_EQ(process.effectiveUserID(), geteuid());
+/// The real one, made before the fork: what a host consists of may not be made after it.
+class CurrentProcessTest : public testing::Test {
+ protected:
+  Host host_ = makeHost();
+  CurrentProcess& process_ = *host_.currentProcess;
+};
+
+TEST_F(CurrentProcessTest, KnowsItsIdentifierAndUsers) {
+  EXPECT_EQ(process_.identifier(), getpid());
+  EXPECT_EQ(process_.realUserID(), getuid());
+  EXPECT_EQ(process_.effectiveUserID(), geteuid());
 }
 
-TEST(CurrentProcessTest, ExitEndsTheProcessWithTheStatus) {
+TEST_F(CurrentProcessTest, ExitEndsTheProcessWithTheStatus) {
   for (const int expected : {0, 1, 77, 255}) {
-    const int status = statusOfChild([expected] { LinuxCurrentProcess().exit(expected); });
+    const int status = statusOfChild([&] { process_.exit(expected); });
     ASSERT_TRUE(WIFEXITED(status));
     EXPECT_EQ(WEXITSTATUS(status), expected);
   }
 }
 
-TEST(CurrentProcessTest, ExitWorksFromAnyThreadAndWaitsForNone) {
-  const int status = statusOfChild([] {
-    std::thread([] { LinuxCurrentProcess().exit(5); }).detach();
-    LinuxCurrentProcess().runMainLoop();
+TEST_F(CurrentProcessTest, ExitWorksFromAnyThreadAndWaitsForNone) {
+  const int status = statusOfChild([&] {
+    std::thread([&] { process_.exit(5); }).detach();
+    process_.runMainLoop();
   });
   ASSERT_TRUE(WIFEXITED(status));
   EXPECT_EQ(WEXITSTATUS(status), 5);
 }
 
-TEST(CurrentProcessTest, ExitRunsNoExitHandlers) {
-  const int status = statusOfChild([] {
+TEST_F(CurrentProcessTest, ExitRunsNoExitHandlers) {
+  const int status = statusOfChild([&] {
     std::atexit([] { _exit(6); });
-    LinuxCurrentProcess().exit(5);
+    process_.exit(5);
   });
   ASSERT_TRUE(WIFEXITED(status));
   EXPECT_EQ(WEXITSTATUS(status), 5);
 }
 
-TEST(CurrentProcessTest, TheMainLoopOutlastsSignals) {
-  const int status = statusOfChild([] {
+TEST_F(CurrentProcessTest, TheMainLoopOutlastsSignals) {
+  const int status = statusOfChild([&] {
     std::signal(SIGUSR1, [](int) {});
-    std::thread([main = pthread_self()] {
+    std::thread([this, main = pthread_self()] {
       for (int i = 0; i < 3; ++i) {
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
         pthread_kill(main, SIGUSR1);
       }
-      LinuxCurrentProcess().exit(4);
+      process_.exit(4);
     }).detach();
-    LinuxCurrentProcess().runMainLoop();
+    process_.runMainLoop();
   });
   ASSERT_TRUE(WIFEXITED(status));
   EXPECT_EQ(WEXITSTATUS(status), 4);
 }
 
-TEST(CurrentProcessTest, SleepsAtLeastAsLongAsAsked) {
-  LinuxCurrentProcess process;
+TEST_F(CurrentProcessTest, SleepsAtLeastAsLongAsAsked) {
   const auto begin = std::chrono::steady_clock::now();
-  process.sleepForMilliseconds(20);
+  process_.sleepForMilliseconds(20);
   EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(20));
 }
 
-TEST(CurrentProcessAsRootTest, TellsRealFromEffectiveUser) {
+using CurrentProcessAsRootTest = CurrentProcessTest;
+
+TEST_F(CurrentProcessAsRootTest, TellsRealFromEffectiveUser) {
   if (geteuid() != 0) GTEST_SKIP() << "needs root";
-  const int status = statusOfChild([] {
-    if (setresuid(kNobody, 0, 0) != 0) _exit(98);
-    const LinuxCurrentProcess process;
-    _exit(process.realUserID() == kNobody && process.effectiveUserID() == 0 ? 0 : 1);
+  const int status = statusOfChild([&] {
+    if (setreuid(kNobody, 0) != 0) _exit(98);
+    _exit(process_.realUserID() == kNobody && process_.effectiveUserID() == 0 ? 0 : 1);
   });
   ASSERT_TRUE(WIFEXITED(status));
   EXPECT_EQ(WEXITSTATUS(status), 0);

@@ -8,7 +8,7 @@
 #include <sys/socket.h>
 
 #include "host/linux/DescriptorEndpoint.h"
-#include "tests/host/TransportFixture.h"
+#include "tests/host/LinuxTransportFixture.h"
 
 namespace vantrell::tests {
 namespace {

@@ -12,7 +12,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "host/linux/LinuxChildProcesses.h"
+#include "host/posix/PosixChildProcesses.h"
 #include "tests/support/ChildScripts.h"
 
 namespace vantrell::tests {
@@ -38,7 +38,7 @@ class FileCreationMask : public testing::Test {
     return output;
   }
 
-  host::LinuxChildProcesses children_;
+  host::PosixChildProcesses children_;
 
  private:
   mode_t before_;

@@ -3,10 +3,8 @@
 
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -15,36 +13,13 @@
 
 #include "foundation/PosixCodes.h"
 #include "host/FileSystem.h"
-#include "host/linux/LinuxFileSystem.h"
-#include "tests/support/FlagOverlayFileSystem.h"
+#include "tests/host/FileSystemUnderTest.h"
 #include "tests/support/TemporaryFolder.h"
 
 /// Base of the suites that every file system must pass, real or made for tests. Each derives a fixture of its own and
 /// instantiates it with fileSystemImplementations().
 namespace vantrell::tests {
 
-/// The decorated file system and what it decorates live together.
-struct FileSystemCandidate {
-  std::unique_ptr<host::FileSystem> base;
-  std::unique_ptr<host::FileSystem> fileSystem;
-};
-struct FileSystemImplementation {
-  const char* name;
-  std::function<FileSystemCandidate()> make;
-};
-
-inline FileSystemCandidate makeLinuxFileSystem() {
-  return {nullptr, std::make_unique<host::LinuxFileSystem>()};
-}
-inline FileSystemCandidate makeFlagOverlay() {
-  auto base = std::make_unique<host::LinuxFileSystem>();
-  auto overlay = std::make_unique<FlagOverlayFileSystem>(*base);
-  return {std::move(base), std::move(overlay)};
-}
-inline auto fileSystemImplementations() {
-  return testing::Values(FileSystemImplementation{"Linux", makeLinuxFileSystem},
-                         FileSystemImplementation{"FlagOverlay", makeFlagOverlay});
-}
 inline std::string implementationName(const testing::TestParamInfo<FileSystemImplementation>& info) {
   return info.param.name;
 }

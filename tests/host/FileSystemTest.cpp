@@ -147,6 +147,7 @@ TEST_P(FileSystemContract, TellsTypesWhileListingOrNothing) {
 }
 
 TEST_P(FileSystemContract, ListsNamesThatAreNotText) {
+  if (!tests::kNamesAreAnyBytes) GTEST_SKIP() << "file systems here take text only";
   const std::string name = "\xff\xfe\x80 \n\xc3(";
   folder_.makeFile(name);
   const auto handle = open(folder_.path());
@@ -334,6 +335,7 @@ TEST_P(FileSystemContract, SettingNoFlagsOnAnObjectWithoutAnySucceeds) {
 }
 
 TEST_P(FileSystemContract, ObjectsOfOtherTypesCanHaveNoFlags) {
+  if (tests::kEveryTypeHasFlags) GTEST_SKIP() << "objects of every type have flags here";
   ASSERT_EQ(mkfifo(folder_.path("pipe").c_str(), 0600), 0);
   folder_.makeFile("file");
   folder_.makeLink("link", "file");
@@ -412,8 +414,8 @@ TEST_P(FileSystemFlagsContractAsRoot, FlagsThatAreSetAlreadyCostNoWrite) {
   usleep(20'000);  // longer than a tick of the clock that stamps changes
   EXPECT_EQ(codeOf(fileSystem_.setFlags(path, file_flags::kUserImmutable, FollowLinks::No)), 0);
   ASSERT_EQ(stat(path.c_str(), &after), 0);
-  EXPECT_EQ(before.st_ctim.tv_sec, after.st_ctim.tv_sec);
-  EXPECT_EQ(before.st_ctim.tv_nsec, after.st_ctim.tv_nsec);
+  EXPECT_EQ(tests::changeTimeOf(before).tv_sec, tests::changeTimeOf(after).tv_sec);
+  EXPECT_EQ(tests::changeTimeOf(before).tv_nsec, tests::changeTimeOf(after).tv_nsec);
   EXPECT_EQ(codeOf(fileSystem_.setFlags(path, 0, FollowLinks::No)), 0);
 }
 

@@ -7,11 +7,12 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
 
-#include "host/linux/LinuxIdentities.h"
+#include "host/Host.h"
 #include "tests/support/FakeIdentities.h"
 
 namespace vantrell {
@@ -31,6 +32,7 @@ UserIDs userIDsOfAccountFile() {
   UserIDs userIDs;
   std::ifstream file("/etc/passwd");
   for (std::string line; std::getline(file, line);) {
+    if (line.starts_with('#')) continue;
     const auto password = line.find(':');
     const auto userID = line.find(':', password + 1);
     if (userID != std::string::npos) userIDs.push_back(static_cast<std::uint32_t>(std::stoul(line.substr(userID + 1))));
@@ -67,18 +69,18 @@ TEST_P(IdentitiesContract, KnowsWhatItEnumeratesWhenAskedForIt) {
 
 INSTANTIATE_TEST_SUITE_P(
     All, IdentitiesContract,
-    testing::Values(Maker{"Linux", [] { return std::make_unique<host::LinuxIdentities>(); }},
+    testing::Values(Maker{"Real", [] { return std::move(host::makeHost().identities); }},
                     Maker{"Fake", [] { return std::make_unique<tests::FakeIdentities>(userIDsOfAccountFile()); }}),
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST(IdentitiesConcurrent, ThreadsEnumerateWithoutTakingEntriesFromEachOther) {
-  host::LinuxIdentities identities;
-  const auto expected = inOrder(identities.userIDsOfUserDatabase());
+  const auto identities = host::makeHost().identities;
+  const auto expected = inOrder(identities->userIDsOfUserDatabase());
   std::vector<std::thread> threads;
   std::vector<int> differences(4);
   for (auto& different : differences) {
     threads.emplace_back([&] {
-      for (int i = 0; i < 50; ++i) different += inOrder(identities.userIDsOfUserDatabase()) != expected;
+      for (int i = 0; i < 50; ++i) different += inOrder(identities->userIDsOfUserDatabase()) != expected;
     });
   }
   for (auto& thread : threads) thread.join();

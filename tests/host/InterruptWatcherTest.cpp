@@ -70,6 +70,17 @@ TEST_F(InterruptWatcherTest, LeavesAloneWhatWasIgnored) {
   EXPECT_TRUE(waitFor(1));
 }
 
+TEST_F(InterruptWatcherTest, HandsOverARequestToTerminateThatWasIgnored) {
+  const IgnoredSignal termination(SIGTERM);
+  auto watcher = watch();
+  kill(getpid(), SIGTERM);
+  EXPECT_TRUE(waitFor(1));
+  watcher.reset();
+  struct sigaction action {};
+  sigaction(SIGTERM, nullptr, &action);
+  EXPECT_EQ(action.sa_handler, SIG_IGN);
+}
+
 TEST_F(InterruptWatcherTest, AWriteToAClosedPipeIsAnError) {
   const auto watcher = watch();
   int ends[2];
@@ -78,6 +89,11 @@ TEST_F(InterruptWatcherTest, AWriteToAClosedPipeIsAnError) {
   EXPECT_EQ(write(ends[1], "x", 1), -1);
   EXPECT_EQ(errno, EPIPE);
   close(ends[1]);
+}
+
+TEST_F(InterruptWatcherTest, ComesAndGoesWithoutARequest) {
+  for (int i = 0; i < 200; ++i) ASSERT_TRUE(watch());
+  EXPECT_FALSE(waitFor(1, 0ms));
 }
 
 TEST_F(InterruptWatcherTest, PutsEverythingBackWhenItGoes) {

@@ -9,8 +9,8 @@
 #include <unistd.h>
 
 #include "host/linux/DescriptorPath.h"
-#include "host/linux/FileCreationCalls.h"
 #include "host/posix/FileDescriptor.h"
+#include "host/posix/RenameAfterCheck.h"
 #include "tests/host/FileSystemContract.h"
 #include "tests/support/MountedFileSystem.h"
 

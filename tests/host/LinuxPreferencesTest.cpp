@@ -3,12 +3,17 @@
 
 #include <filesystem>
 #include <fstream>
+#include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include "foundation/PropertyList.h"
+#include "host/linux/PreferencesLocation.h"
+#include "tests/host/PreferencesContract.h"
 #include "tests/support/KilledAtSystemCall.h"
 #include "tests/support/PrivatePreferences.h"
 
@@ -18,7 +23,28 @@ namespace {
 using Domain = host::PreferencesDomain;
 using Any = Domain::Any;
 using Current = Domain::Current;
+using tests::PreferencesContract;
+using tests::PreferencesContractConcurrent;
 using tests::PrivatePreferences;
+
+struct LinuxCandidate final : tests::PreferencesCandidate {
+  PrivatePreferences real;
+  host::Preferences& preferences() override { return real.preferences; }
+  std::vector<Domain> domains() override { return tests::allKindsOfPreferencesDomains(); }
+  std::vector<Domain> impossibleDomains() override { return tests::preferencesDomainsWithImpossibleNames(); }
+  std::optional<Dictionary> stored(const Domain& domain) override {
+    const auto location = host::preferencesLocationOf(domain, real.root.path(), *real.users);
+    if (!location) return std::nullopt;
+    std::string path = location->start.substr(real.root.path().size());
+    for (std::size_t i = 0; i < location->componentCount; ++i) path.append("/").append(location->components[i]);
+    return real.contentsOf(path + "/" + location->fileName);
+  }
+};
+
+const auto kLinux =
+    testing::Values(tests::PreferencesImplementation{"Linux", [] { return std::make_unique<LinuxCandidate>(); }});
+INSTANTIATE_TEST_SUITE_P(, PreferencesContract, kLinux, PreferencesContract::nameOf);
+INSTANTIATE_TEST_SUITE_P(, PreferencesContractConcurrent, kLinux, PreferencesContract::nameOf);
 
 struct LinuxPreferences : testing::Test {
   PrivatePreferences files;

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <string>
 
 #include <fcntl.h>
@@ -17,6 +18,7 @@
 #include "foundation/PropertyList.h"
 #include "host/linux/LinuxSystemConfiguration.h"
 #include "host/linux/PropertyListFile.h"
+#include "tests/host/SystemConfigurationContract.h"
 #include "tests/support/KilledAtSystemCall.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -24,6 +26,31 @@ namespace vantrell {
 namespace {
 
 using namespace std::string_literals;
+using tests::StrictSystemConfigurationContract;
+using tests::SystemConfigurationContract;
+using tests::SystemConfigurationContractConcurrent;
+
+struct LinuxCandidate final : tests::SystemConfigurationCandidate {
+  static constexpr char kFolder[] = "Library/Preferences/SystemConfiguration/";
+  tests::TemporaryFolder root;
+  host::LinuxSystemConfiguration real{root.path(), root.path("proc")};
+  LinuxCandidate() { root.makeFolder(kFolder); }
+  host::SystemConfiguration& configuration() override { return real; }
+  Dictionary contents(const std::string& identifier) override {
+    const auto name = identifier.empty() ? "preferences.plist" : identifier;
+    auto file = host::readPropertyListFile(AT_FDCWD, root.path(kFolder + name));
+    return file && *file ? (*file)->contents : Dictionary();
+  }
+  void setContents(const Dictionary& contents) override {
+    root.makeFile(kFolder + "preferences.plist"s, textOf(xmlPropertyListFromValue(contents).value()));
+  }
+};
+
+const auto kLinux = testing::Values(
+    tests::SystemConfigurationImplementation{"Linux", [] { return std::make_unique<LinuxCandidate>(); }});
+INSTANTIATE_TEST_SUITE_P(, SystemConfigurationContract, kLinux, SystemConfigurationContract::nameOf);
+INSTANTIATE_TEST_SUITE_P(, SystemConfigurationContractConcurrent, kLinux, SystemConfigurationContract::nameOf);
+INSTANTIATE_TEST_SUITE_P(, StrictSystemConfigurationContract, kLinux, SystemConfigurationContract::nameOf);
 
 struct LinuxSystemConfiguration : testing::Test {
   tests::TemporaryFolder root;

@@ -8,13 +8,14 @@
 #include <memory>
 #include <ostream>
 #include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "foundation/PosixCodes.h"
-#include "host/linux/LinuxProcessSignals.h"
+#include "host/posix/PosixProcessSignals.h"
 #include "tests/support/FakeProcessSignals.h"
 
 namespace vantrell {
@@ -37,15 +38,15 @@ struct FakeCandidate final : Candidate {
   int firstSignal() override { return fake.processes.extract(42).mapped().at(0); }
 };
 
-struct LinuxCandidate final : Candidate {
-  host::LinuxProcessSignals real;
+struct RealCandidate final : Candidate {
+  host::PosixProcessSignals real;
   pid_t child = fork();
-  LinuxCandidate() {
+  RealCandidate() {
     if (child == 0) {
       for (;;) pause();
     }
   }
-  ~LinuxCandidate() override {
+  ~RealCandidate() override {
     if (child <= 0) return;
     kill(child, SIGKILL);
     waitpid(child, nullptr, 0);
@@ -99,7 +100,7 @@ TEST_P(ProcessSignalsContract, RefusesGroupsOfProcesses) {
 
 INSTANTIATE_TEST_SUITE_P(, ProcessSignalsContract,
                          testing::Values(Implementation{"Fake", [] { return std::make_unique<FakeCandidate>(); }},
-                                         Implementation{"Linux", [] { return std::make_unique<LinuxCandidate>(); }}),
+                                         Implementation{"Real", [] { return std::make_unique<RealCandidate>(); }}),
                          [](const auto& info) { return std::string(info.param.name); });
 
 }  // namespace

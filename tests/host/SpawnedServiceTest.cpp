@@ -13,7 +13,7 @@
 
 #include "foundation/PosixCodes.h"
 #include "host/linux/UnixAddress.h"
-#include "tests/host/TransportFixture.h"
+#include "tests/host/LinuxTransportFixture.h"
 
 namespace vantrell::tests {
 namespace {

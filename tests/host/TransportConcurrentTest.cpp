@@ -6,51 +6,46 @@
 
 #include <gmock/gmock.h>
 
-#include "host/linux/UnixAddress.h"
-#include "tests/host/TransportFixture.h"
+#include "tests/host/TransportContract.h"
 
 // Many clients and threads at once; run again under ThreadSanitizer.
 
 namespace vantrell::tests {
-namespace {
 
-using Kind = ServiceOnWire::Kind;
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(TransportConcurrent);
 
-class TransportConcurrent : public testing::TestWithParam<Kind> {
- protected:
-  void SetUp() override {
-    if (!wire_.isAvailable()) GTEST_SKIP() << "no dbus-daemon to start";
-  }
-  // Answers each request with its code, from threads of its own.
-  void answerOnOtherThreads() {
-    wire_.service.onPerform = [this](TestService::Performed call) {
-      const std::lock_guard lock(mutex_);
-      workers_.emplace_back([call = std::move(call)]() mutable {
-        call.reply(Error("code", static_cast<std::int64_t>(call.code), {{"arguments", *call.arguments}}));
-      });
-    };
-  }
-  void TearDown() override {
+void TransportConcurrent::SetUp() {
+  if (!wire_->isAvailable()) GTEST_SKIP() << "this machine lacks what the wire needs";
+}
+
+void TransportConcurrent::TearDown() {
+  std::vector<std::thread> workers;
+  {
     const std::lock_guard lock(mutex_);
-    workers_.clear();
+    workers.swap(workers_);
   }
+  for (std::thread& worker : workers) worker.join();
+}
 
-  ServiceOnWire wire_{GetParam()};
-  std::mutex mutex_;
-  std::vector<std::jthread> workers_;
-};
+void TransportConcurrent::answerOnOtherThreads() {
+  wire_->service.onPerform = [this](TestService::Performed call) {
+    const std::lock_guard lock(mutex_);
+    workers_.emplace_back([call = std::move(call)]() mutable {
+      call.reply(Error("code", static_cast<std::int64_t>(call.code), {{"arguments", *call.arguments}}));
+    });
+  };
+}
 
-INSTANTIATE_TEST_SUITE_P(Wires, TransportConcurrent, testing::Values(Kind::Socket, Kind::Bus),
-                         [](const auto& kind) { return kind.param == Kind::Socket ? "Socket" : "Bus"; });
+namespace {
 
 TEST_P(TransportConcurrent, SixtyFourClientsHaveTheirOwnAnswers) {
   answerOnOtherThreads();
-  wire_.start();
+  wire_->start();
   std::atomic<int> good = 0;
   std::vector<std::thread> clients;
   for (int client = 0; client < 64; ++client) {
     clients.emplace_back([&, client] {
-      const auto connection = wire_.connect();
+      const auto connection = wire_->connect();
       if (!connection || !connection->registerClientWithPID(client)) return;
       for (std::uint64_t i = 0; i < 5; ++i) {
         const std::uint64_t code = static_cast<std::uint64_t>(client) * 100 + i;
@@ -63,14 +58,14 @@ TEST_P(TransportConcurrent, SixtyFourClientsHaveTheirOwnAnswers) {
   for (std::thread& client : clients) client.join();
   EXPECT_EQ(good, 64 * 6);
   for (int client = 0; client < 64; ++client) {
-    EXPECT_TRUE(wire_.service.waitForEvent("unregister " + std::to_string(client)));
+    EXPECT_TRUE(wire_->service.waitForEvent("unregister " + std::to_string(client)));
   }
 }
 
 TEST_P(TransportConcurrent, ThreadsShareOneConnection) {
   answerOnOtherThreads();
-  wire_.start();
-  const auto connection = wire_.connect();
+  wire_->start();
+  const auto connection = wire_->connect();
   std::atomic<int> good = 0;
   std::vector<std::thread> threads;
   for (int thread = 0; thread < 8; ++thread) {
@@ -89,16 +84,16 @@ TEST_P(TransportConcurrent, ThreadsShareOneConnection) {
 
 TEST_P(TransportConcurrent, AClientThatIsBeingServedHoldsUpNoOther) {
   std::atomic<bool> release = false;
-  wire_.service.onPerform = [&](TestService::Performed call) {
+  wire_->service.onPerform = [&](TestService::Performed call) {
     // On the transport's own thread, as no real service would.
     while (call.code == 1 && !release) std::this_thread::yield();
     call.reply(std::nullopt);
   };
-  wire_.start();
-  const auto slow = wire_.connect();
+  wire_->start();
+  const auto slow = wire_->connect();
   std::thread waiting([&] { EXPECT_TRUE(slow->performPrivilegedOperation(1, {}, nullptr, {}).has_value()); });
-  EXPECT_TRUE(wire_.service.waitForEvent("perform 1"));
-  const auto other = wire_.connect();
+  EXPECT_TRUE(wire_->service.waitForEvent("perform 1"));
+  const auto other = wire_->connect();
   EXPECT_TRUE(other->performPrivilegedOperation(2, {}, nullptr, {}).has_value());
   release = true;
   waiting.join();
@@ -106,10 +101,10 @@ TEST_P(TransportConcurrent, AClientThatIsBeingServedHoldsUpNoOther) {
 
 TEST_P(TransportConcurrent, TheListenerEndsUnderItsClients) {
   answerOnOtherThreads();
-  wire_.start();
+  wire_->start();
   std::vector<std::thread> clients;
   std::vector<std::unique_ptr<host::ServiceConnection>> connections;
-  for (int client = 0; client < 8; ++client) connections.push_back(wire_.connect());
+  for (int client = 0; client < 8; ++client) connections.push_back(wire_->connect());
   std::atomic<int> answered = 0;
   for (auto& connection : connections) {
     clients.emplace_back([&] {
@@ -117,7 +112,7 @@ TEST_P(TransportConcurrent, TheListenerEndsUnderItsClients) {
     });
   }
   while (answered < 50) std::this_thread::yield();
-  wire_.listener.reset();
+  wire_->listener.reset();
   for (std::thread& client : clients) client.join();
 }
 
@@ -125,32 +120,31 @@ TEST_P(TransportConcurrent, SendersShareAFeedbackConnection) {
   std::atomic<int> received = 0;
   std::atomic<bool> ordered = true;
   std::uint64_t last[4] = {};
-  auto listener = wire_.client.makeFeedbackListener([&](const Dictionary& message) {
+  auto listener = wire_->clientTransport().makeFeedbackListener([&](const Dictionary& message) {
     const std::uint64_t sender = message.find("sender")->asNumber()->unsignedValue();
     const std::uint64_t number = message.find("SequenceNumber")->asNumber()->unsignedValue();
     if (number != ++last[sender]) ordered = false;
     ++received;
   });
   ASSERT_TRUE(listener.has_value());
-  wire_.service.onPerform = [&](TestService::Performed call) {
-    auto feedback = wire_.transport.connectionToEndpoint(std::move(call.endpoint));
+  wire_->service.onPerform = [&](TestService::Performed call) {
+    auto feedback = wire_->serviceTransport().connectionToEndpoint(std::move(call.endpoint));
     ASSERT_TRUE(feedback.has_value());
     (*feedback)->resume();
-    {
-      std::vector<std::jthread> senders;
-      for (std::uint64_t sender = 0; sender < 4; ++sender) {
-        senders.emplace_back([&, sender] {
-          for (std::uint64_t i = 1; i <= 500; ++i) {
-            (*feedback)->processPrivilegedOperationFeedback(
-                {{"sender", sender}, {"SequenceNumber", i}, {"OutputData", Data(3000)}});
-          }
-        });
-      }
+    std::vector<std::thread> senders;
+    for (std::uint64_t sender = 0; sender < 4; ++sender) {
+      senders.emplace_back([&, sender] {
+        for (std::uint64_t i = 1; i <= 500; ++i) {
+          (*feedback)->processPrivilegedOperationFeedback(
+              {{"sender", sender}, {"SequenceNumber", i}, {"OutputData", Data(3000)}});
+        }
+      });
     }
+    for (std::thread& sender : senders) sender.join();
     call.reply(std::nullopt);
   };
-  wire_.start();
-  const auto connection = wire_.connect();
+  wire_->start();
+  const auto connection = wire_->connect();
   EXPECT_TRUE(connection->performPrivilegedOperation(1, {}, listener->get(), {}).has_value());
   EXPECT_TRUE((*listener)->waitUntilClosed(kPatience));
   EXPECT_EQ(received, 2000);

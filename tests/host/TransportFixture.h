@@ -9,20 +9,16 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <sys/types.h>
 
+#include "host/ClientTransport.h"
 #include "host/Transport.h"
-#include "host/posix/FileDescriptor.h"
-#include "host/linux/LinuxClientTransport.h"
-#include "host/linux/LinuxTransport.h"
-#include "tests/support/PrivateBus.h"
 #include "tests/support/RecordingLog.h"
-#include "tests/support/TemporaryFolder.h"
 
 namespace vantrell::tests {
 
@@ -76,39 +72,28 @@ class FeedbackCollector {
   std::vector<Dictionary> messages_;
 };
 
-/// A service on a socket or on a message bus of its own, and connections to it.
-class ServiceOnWire {
+/// A service on some wire, and connections to it.
+class TransportWire {
  public:
-  enum class Kind { Socket, Bus };
+  virtual ~TransportWire() = default;
 
-  explicit ServiceOnWire(Kind kind, const host::TransportLimits& limits = {});
+  /// False where this machine lacks something that the wire needs.
+  virtual bool isAvailable() const { return true; }
+  /// Makes the listener and resumes it, with `service` as its delegate.
+  virtual void start() = 0;
+  virtual Result<std::unique_ptr<host::ServiceConnection>> tryToConnect() = 0;
+  virtual host::Transport& serviceTransport() = 0;
+  virtual host::ClientTransport& clientTransport() = 0;
 
-  /// False where this machine has no message bus to start.
-  bool isAvailable() const noexcept { return kind_ == Kind::Socket || bus_->isRunning(); }
-  void start();
+  /// Null, and the test fails, where there is no connection.
   std::unique_ptr<host::ServiceConnection> connect();
-  std::string socketPath() const { return folder_.path() + "/socket"; }
 
   RecordingLog log;
   TestService service;
-  host::LinuxTransport transport;
-  host::LinuxClientTransport client;
   std::unique_ptr<host::Listener> listener;
 
- private:
-  const Kind kind_;
-  TemporaryFolder folder_;
-  std::unique_ptr<PrivateBus> bus_;
+ protected:
+  void resumeListener();
 };
-
-inline constexpr char kTestServiceName[] = "com.vantrell.TestService";
-
-/// A socket connected to a path; negative where that fails.
-host::FileDescriptor rawConnection(const std::string& path);
-/// Takes the client's side of the handshake by hand. True when the service answers as it should.
-bool shakeHands(int socket);
-void sendAll(int socket, const std::string& bytes);
-/// Reads until the far end closes or nothing comes for `kPatience`; true when it closed.
-bool readUntilClosed(int socket);
 
 }  // namespace vantrell::tests

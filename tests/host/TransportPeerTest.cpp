@@ -12,7 +12,7 @@
 #include "host/linux/PeerBus.h"
 #include "host/linux/UnixAddress.h"
 #include "host/linux/WireNames.h"
-#include "tests/host/TransportFixture.h"
+#include "tests/host/LinuxTransportFixture.h"
 
 // What other, and hostile, clients may do on a socket of their own.
 

@@ -10,8 +10,8 @@
 
 #include "catalogue/ErrorModel.h"
 #include "foundation/Exception.h"
-#include "host/linux/LinuxChildProcesses.h"
 #include "host/linux/LinuxFileSystem.h"
+#include "host/posix/PosixChildProcesses.h"
 #include "process/SystemProgramRunner.h"
 #include "tests/support/ChildScripts.h"
 #include "tests/support/RecordingLog.h"
@@ -63,7 +63,7 @@ class SystemProgram : public testing::Test {
     return {children_, fileManager_, fileSystem_, Log(log_), operation};
   }
 
-  host::LinuxChildProcesses children_;
+  host::PosixChildProcesses children_;
   host::LinuxFileSystem fileSystem_;
   FileManager fileManager_{fileSystem_};
   tests::RecordingLog log_;

@@ -57,7 +57,7 @@ TEST_F(TaskExecutorConcurrent, TheEndAndAnInterruptionMeet) {
 TEST_F(TaskExecutorConcurrent, TheExecutorMayGoInTheCompletionHandler) {
   for (int i = 0; i < 20; ++i) {
     auto log = std::make_unique<RecordingLog>();
-    auto children = std::make_unique<host::LinuxChildProcesses>();
+    auto children = std::make_unique<host::PosixChildProcesses>();
     auto executor = std::make_unique<QELTaskExecutor>(*children, Log(*log));
     executor->setDelegate(delegate_);
     std::promise<void> gone;
@@ -99,7 +99,7 @@ TEST_F(TaskExecutorConcurrent, TheDelegateMayGoDuringTheRun) {
     std::optional<std::string> searchPath() override { return std::nullopt; }
     std::unique_ptr<host::OpenFileCreationMask> openFileCreationMask() override { return real.openFileCreationMask(); }
     void writeToOwnStream(host::ChildStream, DataView bytes) noexcept override { rest += bytes.size(); }
-    host::LinuxChildProcesses real;
+    host::PosixChildProcesses real;
     std::atomic<std::size_t> rest = 0;
   };
   std::atomic<std::size_t> received = 0;

@@ -15,7 +15,7 @@
 
 #include <gtest/gtest.h>
 
-#include "host/linux/LinuxChildProcesses.h"
+#include "host/posix/PosixChildProcesses.h"
 #include "process/QELTaskExecutor.h"
 #include "tests/support/ChildScripts.h"
 #include "tests/support/RecordingLog.h"
@@ -82,7 +82,7 @@ class TaskExecutorFixture : public testing::Test {
   }
 
   RecordingLog log_;
-  host::LinuxChildProcesses children_;
+  host::PosixChildProcesses children_;
   std::shared_ptr<RecordingDelegate> delegate_ = std::make_shared<RecordingDelegate>();
   std::unique_ptr<QELTaskExecutor> executor_ = std::make_unique<QELTaskExecutor>(children_, Log(log_));
 };

@@ -97,7 +97,7 @@ class DescriptorsLeft {
 /// How many descriptors this process has open.
 inline std::size_t openDescriptors() {
   std::size_t count = 0;
-  auto* folder = opendir("/proc/self/fd");
+  auto* folder = opendir("/dev/fd");
   while (readdir(folder)) ++count;
   closedir(folder);
   return count;

@@ -32,8 +32,7 @@ class RecordingLog final : public host::SystemLog {
 
   void write(std::string_view subsystem, std::string_view category, host::LogLevel level,
              std::string_view message) noexcept override {
-    // The real logs cut a final newline, too.
-    if (message.ends_with('\n')) message.remove_suffix(1);
+    message = host::withoutFinalNewline(message);
     const std::lock_guard lock(mutex_);
     entries_.push_back({level, std::string(subsystem), std::string(category), std::string(message)});
     changed_.notify_all();

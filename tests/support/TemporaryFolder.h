@@ -12,6 +12,7 @@
 #include <system_error>
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 namespace vantrell::tests {
 
@@ -20,6 +21,9 @@ class TemporaryFolder {
  public:
   TemporaryFolder() : path_(testing::TempDir() + "vantrell-XXXXXX") {
     if (!mkdtemp(path_.data())) throw std::runtime_error("no temporary folder could be made at " + path_);
+    // Some systems give it the group of the folder around it, and what is made in it, too.
+    if (chown(path_.c_str(), static_cast<uid_t>(-1), getegid()) != 0)
+      throw std::runtime_error("the group of " + path_ + " could not be set");
   }
   TemporaryFolder(const TemporaryFolder&) = delete;
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;
@@ -28,7 +32,8 @@ class TemporaryFolder {
     std::filesystem::remove_all(path_, error);
     if (!error) return;
     // Flags, or a tree too deep for the library. The path is of our own making: no quoting is needed but for TempDir.
-    const auto clear = "chattr -R -f -i -a '" + path_ + "' >/dev/null 2>&1; rm -rf '" + path_ + "'";
+    const auto clear = "chattr -R -f -i -a '" + path_ + "' >/dev/null 2>&1; chflags -R 0 '" + path_ +
+                       "' >/dev/null 2>&1; rm -rf '" + path_ + "'";
     if (std::system(clear.c_str()) != 0) ADD_FAILURE() << path_ << " could not be removed";
   }
 

@@ -16,9 +16,9 @@
 
 #include "catalogue/ErrorModel.h"
 #include "foundation/OperationQueue.h"
-#include "host/linux/LinuxChildProcesses.h"
 #include "host/linux/LinuxFileSystem.h"
 #include "host/linux/LinuxMounts.h"
+#include "host/posix/PosixChildProcesses.h"
 #include "system/InstallMedia.h"
 #include "tests/support/FakeApplications.h"
 #include "tests/support/FakeCodeSignatures.h"
@@ -107,7 +107,7 @@ class InstallMediaFixture : public testing::Test {
   tests::TemporaryFolder folder_;
   std::string volume_;
   host::LinuxFileSystem fileSystem_;
-  host::LinuxChildProcesses children_;
+  host::PosixChildProcesses children_;
   tests::FakeApplications applications_;
   tests::FakeCodeSignatures signatures_;
   tests::FakeMounts mounts_;

@@ -23,9 +23,9 @@
 #include "foundation/PropertyList.h"
 #include "host/linux/LinuxFirmwareVariables.h"
 #include "host/linux/LinuxKernelSettings.h"
-#include "host/linux/LinuxProcessSignals.h"
-#include "host/linux/LinuxStorageDevices.h"
 #include "host/linux/LinuxSystemConfiguration.h"
+#include "host/posix/PosixProcessSignals.h"
+#include "host/posix/PosixStorageDevices.h"
 #include "system/SettingErrors.h"
 #include "system/SystemSettingOperations.h"
 #include "tests/support/LoopDevice.h"
@@ -149,7 +149,7 @@ TEST_F(RealSettingsAsRoot, Ipv6OfALiveInterfaceIsSwitchedOffAndOn) {
 }
 
 TEST_F(RealSettingsAsRoot, AChildIsSignalled) {
-  host::LinuxProcessSignals signals;
+  host::PosixProcessSignals signals;
   const pid_t child = fork();
   if (child == 0) {
     for (;;) pause();
@@ -165,7 +165,7 @@ TEST_F(RealSettingsAsRoot, AChildIsSignalled) {
 }
 
 TEST_F(RealSettingsAsRoot, BlocksOfADeviceAreErased) {
-  host::LinuxStorageDevices storage;
+  host::PosixStorageDevices storage;
   const auto file = root.makeFile("disk", std::string(8 * 512, 'x'));
   try {
     const tests::LoopDevice loop(file);
@@ -182,7 +182,7 @@ TEST_F(RealSettingsAsRoot, BlocksOfAFileBelowDevAreErased) {
   if (!std::filesystem::is_directory("/dev/shm")) GTEST_SKIP() << "There is no /dev/shm here.";
   const auto name = "vantrell-blocks-" + std::to_string(getpid());
   const auto path = "/dev/shm/" + name;
-  host::LinuxStorageDevices storage;
+  host::PosixStorageDevices storage;
   EXPECT_EQ(eraseDiskblocks({"shm/" + name, 0}, storage), std::nullopt);
   EXPECT_EQ(eraseDiskblocks({"shm/" + name, 1}, storage), Error::posix(posix::kNoEntry));
   EXPECT_FALSE(std::filesystem::exists(path));

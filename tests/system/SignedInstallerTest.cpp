@@ -15,8 +15,8 @@
 #include "catalogue/ErrorModel.h"
 #include "foundation/FileManager.h"
 #include "host/linux/LinuxApplications.h"
-#include "host/linux/LinuxChildProcesses.h"
 #include "host/linux/LinuxMounts.h"
+#include "host/posix/PosixChildProcesses.h"
 #include "process/SystemProgramRunner.h"
 #include "system/InstallMedia.h"
 #include "tests/codesign/SignatureFixture.h"
@@ -78,7 +78,7 @@ class SignedInstallerAsRoot : public SignatureFixture {
 
   ErrorOrNil create(const TestBundle& bundle) {
     FileManager fileManager(fileSystem_);
-    host::LinuxChildProcesses children;
+    host::PosixChildProcesses children;
     host::LinuxMounts mounts;
     host::LinuxCodeSignatures signatures(fileSystem_, trust());
     FakeApplications applications;

@@ -1,41 +1,27 @@
 // Copyright (c) 2026 Vantrell. All rights reserved.
 // SPDX-License-Identifier: LicenseRef-Vantrell
 
-// What every way to a System Management Controller must do, real or simulated.
-
-#include <functional>
+#include <iterator>
 #include <memory>
+#include <set>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
-#include "host/linux/AppleSmcDriver.h"
 #include "system/QELSystemManagementController.h"
 #include "system/SimulatedSmc.h"
-#include "system/SmcCalls.h"
-#include "system/SmcCodes.h"
 #include "tests/support/RecordingLog.h"
-#include "tests/system/SmcFakeAttributes.h"
+#include "tests/system/SmcDriverContract.h"
 
-namespace vantrell {
+namespace vantrell::tests {
 namespace {
 
 using host::SmcRecord;
-using tests::FakeAppleSmc;
 namespace smc_command = host::smc_command;
 namespace smc_result = host::smc_result;
 
-struct Candidate {
-  std::unique_ptr<FakeAppleSmc> behind;  // what the driver talks to, for the Linux one
-  std::unique_ptr<host::SmcDriver> driver;
-};
-struct Implementation {
-  const char* name;
-  std::function<Candidate()> make;
-};
-
-// Both have: #KEY, F0Mn (writable speed), FNum, FS! (writable bits), KPPW (write-only), RBr (read-only text).
-Candidate makeSimulated() {
+SmcDriverCandidate makeSimulated() {
   const auto readOnly = SimulatedSmc::readOnlyKey;
   const auto readWrite = SimulatedSmc::readWriteKey;
   return {nullptr, std::make_unique<SimulatedSmc>(std::vector<SimulatedSmc::Key>{
@@ -43,44 +29,8 @@ Candidate makeSimulated() {
                        readOnly("RBr ", "ch8*", {'b', 'r'}), readWrite("F0Mn", "fpe2", {0x1F, 0x40}),
                        readOnly("FNum", "ui8", {2})})};
 }
-Candidate makeLinux() {
-  auto smc = std::make_unique<FakeAppleSmc>();
-  smc->keys = {{"#KEY", "ui32", std::string("\0\0\0\6", 4)},
-               {"F0Mn", "fpe2", "\x1F\x40"},
-               {"FNum", "ui8", "\2"},
-               {"FS! ", "ui16", std::string(2, '\0')},
-               {"KPPW", "ui16", std::string(2, '\0'), false},
-               {"RBr ", "ch8*", "br"}};
-  auto driver = std::make_unique<host::AppleSmcDriver>(std::make_unique<tests::FakeSmcAttributes>(*smc));
-  return {std::move(smc), std::move(driver)};
-}
-
-class SmcDriverContract : public testing::TestWithParam<Implementation> {
- protected:
-  SmcRecord call(SmcRecord request) {
-    SmcRecord answer;
-    EXPECT_EQ(callSmcDriver(driver_, request, answer), host::kSmcSuccess);
-    return answer;
-  }
-  SmcRecord info(const char* key) { return call({.key = smcKeyFromString(key), .command = smc_command::kKeyInfo}); }
-  SmcRecord read(const char* key, std::uint32_t size) {
-    return call({.key = smcKeyFromString(key), .keyInfo = {.dataSize = size}, .command = smc_command::kReadValue});
-  }
-  SmcRecord write(const char* key, const Data& bytes) {
-    SmcRecord request{.key = smcKeyFromString(key),
-                      .keyInfo = {.dataSize = static_cast<std::uint32_t>(bytes.size())},
-                      .command = smc_command::kWriteValue};
-    std::ranges::copy(bytes, request.bytes.begin());
-    return call(request);
-  }
-
-  Candidate candidate_ = GetParam().make();
-  host::SmcDriver& driver_ = *candidate_.driver;
-};
-INSTANTIATE_TEST_SUITE_P(All, SmcDriverContract,
-                         testing::Values(Implementation{"Simulated", makeSimulated},
-                                         Implementation{"Linux", makeLinux}),
-                         [](const testing::TestParamInfo<Implementation>& info) { return info.param.name; });
+INSTANTIATE_TEST_SUITE_P(All, SmcDriverContract, testing::Values(SmcDriverImplementation{"Simulated", makeSimulated}),
+                         SmcDriverContract::nameOf);
 
 TEST_P(SmcDriverContract, TellsTheKeysInAscendingOrder) {
   const char* const kKeys[] = {"#KEY", "F0Mn", "FNum", "FS! ", "KPPW", "RBr "};
@@ -171,7 +121,7 @@ TEST_P(SmcDriverContract, ReadsBackWhatItWrote) {
 }
 
 TEST_P(SmcDriverContract, CarriesAWholeController) {
-  tests::RecordingLog log;
+  RecordingLog log;
   const auto controller = QELSystemManagementController::init(driver_, log);
   ASSERT_TRUE(controller);
   EXPECT_EQ(controller->availableKeys(), (std::set<std::string>{"#KEY", "F0Mn", "FNum", "FS! ", "KPPW", "RBr "}));
@@ -188,4 +138,4 @@ TEST_P(SmcDriverContract, CarriesAWholeController) {
 }
 
 }  // namespace
-}  // namespace vantrell
+}  // namespace vantrell::tests
