@@ -6,6 +6,9 @@ if(MACOS_SDK AND NOT CMAKE_HOST_SYSTEM_NAME STREQUAL "Darwin")
   add_link_options(-F${MACOS_SDK}/System/Library/Frameworks -L${MACOS_SDK}/usr/lib)
 endif()
 
+# Nullability is told where clients read it, in the protocols.
+add_compile_options($<$<COMPILE_LANGUAGE:OBJCXX>:-Wno-nullability-completeness>)
+
 # The executables link nothing but the system: other libraries are used as headers only, under the names that they have
 # elsewhere.
 set(header_folder ${PROJECT_BINARY_DIR}/third-party)
