@@ -70,6 +70,9 @@ function(vantrell_precompile target)
 endfunction()
 set(VANTRELL_COMMON_HEADERS <algorithm> <array> <expected> <functional> <map> <memory> <mutex> <optional> <span> <string>
                             <string_view> <utility> <variant> <vector>)
+if(VANTRELL_HOST STREQUAL "macos")
+  list(APPEND VANTRELL_COMMON_HEADERS <fmt/format.h>)  # there with all that elsewhere is in its library
+endif()
 
 find_program(CCACHE_PROGRAM ccache)
 if(CCACHE_PROGRAM)
